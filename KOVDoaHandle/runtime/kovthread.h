@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <functional>
+#include <mutex>
 
 #include <KOVDoaHandle/foundation/kovdoaexport.h>
 
@@ -29,11 +30,12 @@ public:
     virtual int exec() = 0;
 };
 
-// A thread that runs one callback once or, without a callback, an event loop on which other threads can execute
-// functions (Invoke, BeginInvoke).
+// A thread that runs one callback once or, without a callback, an event loop on which other threads can
+// execute functions (Invoke, BeginInvoke).
 //
-// Threads: configure before start(); Invoke, BeginInvoke, IsBusy and ThreadId may be called from any thread while
-// the object lives. An exception that leaves the callback is not caught.
+// Threads: configure before start(); Invoke, BeginInvoke, IsBusy, ThreadId and getLabel may be called from
+// any thread while the object lives, and setLabel also while it runs. An exception that leaves the callback
+// is not caught.
 class KOVDOA_EXPORT KOVThread : public QThread, public KOVThreadInfo
 {
     Q_OBJECT
@@ -44,9 +46,9 @@ public:
 
     // Starts `callback` on a new thread and returns the thread's object at once.
     //   data        handed to the job through ThreadData()
-    //   autoDelete  the object deletes itself after it has finished (in the event loop of the thread that called
-    //               run()); the caller must not touch it then. Otherwise the caller owns it.
-    //   name        object name of the thread; the label stays "NULL", and so does what sigCompleted() carries
+    //   autoDelete  the object deletes itself after it has finished (in the event loop of the thread that
+    //               called run()); the caller must not touch it then. Otherwise the caller owns it.
+    //   name        object name of the thread; the label stays "NULL", and sigCompleted() carries that
     static KOVThread* run(std::function<void(KOVThreadInfo*)> callback, QVariant data, bool autoDelete,
                           const QString& name);
 
@@ -71,9 +73,9 @@ public:
     Qt::HANDLE ThreadId() override;
     int exec() override;
 
-    // Runs `f` on this thread's event loop and waits until it has returned. The thread must run an event loop;
-    // otherwise the call waits until it does. Never call it from the thread itself. Returns false when Qt cannot
-    // deliver the call. An empty function does nothing.
+    // Runs `f` on this thread's event loop and waits until it has returned. The thread must run an event
+    // loop; otherwise the call waits until it does. Never call it from the thread itself. Returns false when
+    // Qt cannot deliver the call. An empty function does nothing.
     bool Invoke(std::function<void()> f);
 
     // Queues `f` for this thread's event loop and returns at once; functions run in the order of the calls.
@@ -96,8 +98,9 @@ private:
     std::function<void(KOVThreadInfo*)> m_callback;
     std::atomic<Qt::HANDLE> m_threadId{nullptr};
     QVariant m_data;
-    bool m_autoDelete = false;
+    std::atomic<bool> m_autoDelete{false};
     std::atomic<bool> m_busy{false};
+    std::mutex m_labelMutex;
     QString m_label = QStringLiteral("NULL");
 };
 
@@ -121,8 +124,9 @@ public Q_SLOTS:
     void doSync(std::function<void()> task);
 
 private:
-    bool m_autoDelete = false;
-    KOVThread* m_thread = nullptr;
+    // Written where the object is made, read where it runs.
+    std::atomic<bool> m_autoDelete{false};
+    std::atomic<KOVThread*> m_thread{nullptr};
 };
 
 #endif
