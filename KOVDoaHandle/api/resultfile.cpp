@@ -66,6 +66,7 @@ const char* getResultFileVersion(KOVDoaResultSerialize* recording)
     static char buffer[32];
     std::memset(buffer, 0, sizeof buffer);
     const QByteArray version = recording->getFileVersion().toUtf8();
-    std::memcpy(buffer, version.constData(), std::min(static_cast<std::size_t>(version.size()), sizeof buffer - 1));
+    std::memcpy(buffer, version.constData(),
+                std::min(static_cast<std::size_t>(version.size()), sizeof buffer - 1));
     return buffer;
 }

@@ -66,8 +66,8 @@ int getPeaksNum(EngMapResult* result)
 
 fpoint2d getPeaksValue(EngMapResult* result, int index)
 {
-    // "Greater than", not "greater or equal": an index equal to the count passes and reads behind the last peak.
-    // Hosts have relied on the exact bound, so the access must stay unchecked too.
+    // "Greater than", not "greater or equal": an index equal to the count passes and reads behind the last
+    // peak. Hosts have relied on the exact bound, so the access must stay unchecked too.
     if (index < 0 || index > getPeaksNum(result)) {
         return {};
     }

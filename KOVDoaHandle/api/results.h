@@ -26,7 +26,8 @@ typedef struct EngMapResult EngMapResult;
  *   imgRows, imgCols  accepted and ignored; they keep the argument list that of a recording's header
  *   fftLen            FFT length; the spectrum has (fftLen >> 1) + 1 bins
  * The caller frees it with releaseResultHandle. */
-KOVDOA_EXPORT EngMapResult* createResultHandle(int resRows, int resCols, int imgRows, int imgCols, int fftLen);
+KOVDOA_EXPORT EngMapResult* createResultHandle(int resRows, int resCols, int imgRows, int imgCols,
+                                               int fftLen);
 
 /* Frees a frame, its map, its spectrum and its peaks. Not for frames that a recording owns. */
 KOVDOA_EXPORT void releaseResultHandle(EngMapResult* result);
@@ -48,8 +49,8 @@ KOVDOA_EXPORT float getDistance(EngMapResult* result);
 /* Number of peaks of the frame. */
 KOVDOA_EXPORT int getPeaksNum(EngMapResult* result);
 
-/* Level and position of one peak. An index below 0 or above the number of peaks gives (0, 0, 0). Pass indices below
- * getPeaksNum: an index equal to it is not caught, and reads behind the last peak. */
+/* Level and position of one peak. An index below 0 or above the number of peaks gives (0, 0, 0). Pass indices
+ * below getPeaksNum: an index equal to it is not caught, and reads behind the last peak. */
 KOVDOA_EXPORT fpoint2d getPeaksValue(EngMapResult* result, int index);
 
 #ifdef __cplusplus

@@ -21,27 +21,28 @@ struct TargetPoint
     bool matched = false;   // the track was found again in this frame
 };
 
-// Levels are linear (amplitude-like); decibels appear only as 20 log10 of ratios. Who writes what: the producer of
-// the frame (the beamformer, or the reader of a recording) supplies the map, the spectrum, PowerBandsFFTSpec, the
-// View fields, median, distance and firstPointInRadius; the renderer rewrites maxSpl, minSpl and, with a region of
-// interest, the two Extern fields, and appends the peaks that it found to a frame that came without.
+// Levels are linear (amplitude-like); decibels appear only as 20 log10 of ratios. Who writes what: the
+// producer of the frame (the beamformer, or the reader of a recording) supplies the map, the spectrum,
+// PowerBandsFFTSpec, the View fields, median, distance and firstPointInRadius; the renderer rewrites maxSpl,
+// minSpl and, with a region of interest, the two Extern fields, and appends the peaks that it found to a
+// frame that came without.
 struct EngMapResult
 {
-    mat2d_fp32* ResEngMap = nullptr;   // the energy map, map rows x map columns; owned
-    vec_fp32* PowerSpec = nullptr;     // power spectrum, FFT length / 2 + 1 bins; owned
-    float PowerBandsFFTSpec = 0.0F;    // one level computed from the spectrum over the working band
-    fpoint2d maxSpl{};                 // highest value inside the region of interest, or of the whole map
-    fpoint2d minSpl{};                 // lowest value there
-    fpoint2d maxSplExtern{};           // highest value outside the region of interest
-    fpoint2d minSplExtern{};           // lowest value there
-    fpoint2d maxSplView{};             // the same four as shown, supplied by the producer
-    fpoint2d minSplView{};             //
-    fpoint2d maxSplExternView{};       //
-    fpoint2d minSplExternView{};       //
-    std::vector<TargetPoint> peaks;    // peaks of the frame, in stored order
-    bool firstPointInRadius = false;   // with several cursors: the renderer may show one more
-    float median = 0.0F;               // median level of the frame
-    float distance = 0.0F;             // distance to the target, m
+    mat2d_fp32* ResEngMap = nullptr;  // the energy map, map rows x map columns; owned
+    vec_fp32* PowerSpec = nullptr;    // power spectrum, FFT length / 2 + 1 bins; owned
+    float PowerBandsFFTSpec = 0.0F;   // one level computed from the spectrum over the working band
+    fpoint2d maxSpl{};                // highest value inside the region of interest, or of the whole map
+    fpoint2d minSpl{};                // lowest value there
+    fpoint2d maxSplExtern{};          // highest value outside the region of interest
+    fpoint2d minSplExtern{};          // lowest value there
+    fpoint2d maxSplView{};            // the same four as shown, supplied by the producer
+    fpoint2d minSplView{};            //
+    fpoint2d maxSplExternView{};      //
+    fpoint2d minSplExternView{};      //
+    std::vector<TargetPoint> peaks;   // peaks of the frame, in stored order
+    bool firstPointInRadius = false;  // with several cursors: the renderer may show one more
+    float median = 0.0F;              // median level of the frame
+    float distance = 0.0F;            // distance to the target, m
 };
 
 static_assert(sizeof(fpoint2d) == 12);

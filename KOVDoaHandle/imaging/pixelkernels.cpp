@@ -1,0 +1,156 @@
+// Each loop is written once, as an always-inlined function, and instantiated per instruction set by a thin
+// wrapper that carries the target attribute; the vectoriser does the rest.
+#include <KOVDoaHandle/imaging/pixelkernels_p.h>
+
+#include <array>
+#include <cstring>
+
+namespace KOVPrivate {
+
+namespace {
+
+#define KOVDOA_INLINE [[gnu::always_inline]] inline
+
+// Largest float below one half: adding it and cutting off rounds halves away from zero exactly, for every
+// non-negative number up to 2^22. (Adding one half itself would round 0.49999997 up.)
+constexpr float justBelowHalf = 0x1.fffffep-2F;
+
+KOVDOA_INLINE void interpolateRowLoop(const float* source, const int* first, int step, const float* lower,
+                                      const float* upper, float* __restrict destination, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        destination[i] = source[first[i]] * lower[i] + source[first[i] + step] * upper[i];
+    }
+}
+
+KOVDOA_INLINE void blendRowsLoop(const float* upper, const float* lower, float upperWeight, float lowerWeight,
+                                 float* __restrict destination, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        destination[i] = upper[i] * upperWeight + lower[i] * lowerWeight;
+    }
+}
+
+KOVDOA_INLINE std::int32_t indexOf(float level, IndexRule rule)
+{
+    const float position = (level - rule.floor) * rule.scale;
+    // Written so that a position that is not a number ends at the top: the index stays inside the table
+    // whatever the range is.
+    const float belowTop = position < rule.top ? position : rule.top;
+    const float inside = belowTop > 0.0F ? belowTop : 0.0F;
+    const auto index = static_cast<std::int32_t>(inside + justBelowHalf) + 1;
+    return level > rule.floor ? index : 0;
+}
+
+KOVDOA_INLINE void indexLevelsLoop(const float* levels, IndexRule rule, std::int32_t* __restrict indices,
+                                   int count)
+{
+    for (int i = 0; i < count; ++i) {
+        indices[i] = indexOf(levels[i], rule);
+    }
+}
+
+KOVDOA_INLINE void indexBlendedRowsLoop(const float* upper, const float* lower, float upperWeight,
+                                        float lowerWeight, IndexRule rule, std::int32_t* __restrict indices,
+                                        int count)
+{
+    for (int i = 0; i < count; ++i) {
+        indices[i] = indexOf(upper[i] * upperWeight + lower[i] * lowerWeight, rule);
+    }
+}
+
+KOVDOA_INLINE void packPixelsLoop(const std::int32_t* indices, const std::uint32_t* table,
+                                  std::uint8_t* __restrict pixels, int count)
+{
+    // Four bytes at a time, each store's fourth byte overwritten by the next pixel; the last pixel takes care
+    // of not writing behind the row.
+    for (int i = 0; i < count - 1; ++i) {
+        std::memcpy(pixels + 3 * static_cast<std::ptrdiff_t>(i), &table[indices[i]], 4);
+    }
+    if (count > 0) {
+        std::memcpy(pixels + 3 * static_cast<std::ptrdiff_t>(count - 1), &table[indices[count - 1]], 3);
+    }
+}
+
+KOVDOA_INLINE void addSaturatingLoop(std::uint8_t* __restrict sums, const std::uint8_t* addends,
+                                     std::size_t count)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        const unsigned sum = unsigned{sums[i]} + addends[i];
+        sums[i] = static_cast<std::uint8_t>(sum > 255U ? 255U : sum);
+    }
+}
+
+// One set of wrappers: `suffix` names it, `attributes` choose the instruction set.
+#define KOVDOA_PIXEL_KERNELS(suffix, attributes)                                                        \
+    attributes void interpolateRow##suffix(const float* source, const int* first, int step,             \
+                                           const float* lower, const float* upper, float* destination,  \
+                                           int count)                                                   \
+    {                                                                                                   \
+        interpolateRowLoop(source, first, step, lower, upper, destination, count);                      \
+    }                                                                                                   \
+    attributes void blendRows##suffix(const float* upper, const float* lower, float upperWeight,        \
+                                      float lowerWeight, float* destination, int count)                 \
+    {                                                                                                   \
+        blendRowsLoop(upper, lower, upperWeight, lowerWeight, destination, count);                      \
+    }                                                                                                   \
+    attributes void indexLevels##suffix(const float* levels, IndexRule rule, std::int32_t* indices,     \
+                                        int count)                                                      \
+    {                                                                                                   \
+        indexLevelsLoop(levels, rule, indices, count);                                                  \
+    }                                                                                                   \
+    attributes void indexBlendedRows##suffix(const float* upper, const float* lower, float upperWeight, \
+                                             float lowerWeight, IndexRule rule, std::int32_t* indices,  \
+                                             int count)                                                 \
+    {                                                                                                   \
+        indexBlendedRowsLoop(upper, lower, upperWeight, lowerWeight, rule, indices, count);             \
+    }                                                                                                   \
+    attributes void packPixels##suffix(const std::int32_t* indices, const std::uint32_t* table,         \
+                                       std::uint8_t* pixels, int count)                                 \
+    {                                                                                                   \
+        packPixelsLoop(indices, table, pixels, count);                                                  \
+    }                                                                                                   \
+    attributes void addSaturating##suffix(std::uint8_t* sums, const std::uint8_t* addends,              \
+                                          std::size_t count)                                            \
+    {                                                                                                   \
+        addSaturatingLoop(sums, addends, count);                                                        \
+    }                                                                                                   \
+    constexpr PixelKernels kernels##suffix{#suffix,                                                     \
+                                           interpolateRow##suffix,                                      \
+                                           blendRows##suffix,                                           \
+                                           indexLevels##suffix,                                         \
+                                           indexBlendedRows##suffix,                                    \
+                                           packPixels##suffix,                                          \
+                                           addSaturating##suffix};
+
+KOVDOA_PIXEL_KERNELS(Portable, )
+#if defined(__x86_64__)
+KOVDOA_PIXEL_KERNELS(Avx2, [[gnu::target("avx2")]])
+#endif
+
+// Fastest last.
+std::span<const PixelKernels> supportedKernels()
+{
+#if defined(__x86_64__)
+    static constexpr std::array all{kernelsPortable, kernelsAvx2};
+    return std::span(all).first(__builtin_cpu_supports("avx2") != 0 ? 2 : 1);
+#else
+    static constexpr std::array all{kernelsPortable};
+    return all;
+#endif
+}
+
+}  // namespace
+
+const PixelKernels& pixelKernels()
+{
+    static const PixelKernels& best = supportedKernels().back();
+    return best;
+}
+
+std::span<const PixelKernels> pixelKernelVariants()
+{
+    return supportedKernels();
+}
+
+}  // namespace KOVPrivate
