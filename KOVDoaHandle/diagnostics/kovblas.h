@@ -4,13 +4,14 @@
 
 #include <KOVDoaHandle/foundation/kovdoaexport.h>
 
-// Stateless and re-entrant. Pointers are not checked. Sums are formed in single precision in index order, so a
-// result is the same to the last bit on every machine. A division by a count of zero gives the IEEE result.
+// Stateless and re-entrant. Pointers are not checked. Sums are formed in single precision in index order, so
+// a result is the same to the last bit on every machine. A division by a count of zero gives the IEEE result.
 class KOVDOA_EXPORT KOVBlas
 {
 public:
-    // Root mean square. removeMean false: sqrt(sum x^2 / n). removeMean true: the mean is taken off and the squared
-    // deviation integrated by the trapezoid rule over the n - 1 intervals: sqrt(0.5 d / (n - 1)); NaN for n = 1.
+    // Root mean square. removeMean false: sqrt(sum x^2 / n). removeMean true: the mean is taken off and the
+    // squared deviation integrated by the trapezoid rule over the n - 1 intervals: sqrt(0.5 d / (n - 1)); NaN
+    // for n = 1.
     static float Rms(float* x, int n, bool removeMean);
 
     // Population variance (divisor n) about `mean`; each square is formed in double precision.
@@ -48,9 +49,10 @@ public:
     // Phase in radians, -pi ... pi.
     static void CplxAngle(float a[][2], float* out, int n);
 
-    // Median of rowCount * colCount values given as row pointers: the element at index count / 2 of their ascending
-    // order, so for an even count the upper of the two middle ones. NaNs are ordered by their sign, beyond the
-    // infinities. At least one value is needed. Timing: linear in the count; allocates above 16,384 values.
+    // Median of rowCount * colCount values given as row pointers: the element at index count / 2 of their
+    // ascending order, so for an even count the upper of the two middle ones. NaNs are ordered by their sign,
+    // beyond the infinities. At least one value is needed. Timing: linear in the count; allocates above
+    // 16,384 values.
     static float median2D(float** rows, int rowCount, int colCount);
 };
 
