@@ -1,4 +1,5 @@
-// Recordings: writes frames to a result file and loads result files. The format is described in docs/result-file.md.
+// Recordings: writes frames to a result file and loads result files. The format is described in
+// docs/result-file.md.
 #ifndef KOVDOA_KOVDOARESULTSERIALIZE_H
 #define KOVDOA_KOVDOARESULTSERIALIZE_H
 
@@ -12,9 +13,9 @@
 
 struct EngMapResult;
 
-// Threads: one controlling thread; openResultFile() loads on a worker thread of its own, and IsOpenFileComplete(),
-// getResultFrame(), getResultFromIndex() and the header getters may be polled meanwhile. Do not write and read with
-// one object at once.
+// Threads: one controlling thread; openResultFile() loads on a worker thread of its own, and
+// IsOpenFileComplete(), getResultFrame(), getResultFromIndex() and the header getters may be polled
+// meanwhile. Do not write and read with one object at once.
 class KOVDOA_EXPORT KOVDoaResultSerialize
 {
 public:
@@ -33,14 +34,14 @@ public:
     // Record numbers are not reset. A file that cannot be opened is not reported.
     void startSave(const QString& path, int resRows, int resCols, int imgRows, int imgCols, int fftLen);
 
-    // Appends one record. The file is opened, flushed and closed in each call, so a recording ends by no further
-    // call. Nothing is reported when it cannot be written; the record number advances all the same. `result` is not
-    // checked and stays the caller's.
+    // Appends one record. The file is opened, flushed and closed in each call, so a recording ends by no
+    // further call. Nothing is reported when it cannot be written; the record number advances all the same.
+    // `result` is not checked and stays the caller's.
     void Save(EngMapResult* result);
 
-    // Starts loading a recording on a worker thread and returns at once; IsOpenFileComplete() tells the end. A file
-    // that is missing or is no recording gives no frames; from a damaged one every record before the damage is kept.
-    // Frames of an earlier load stay in the list: use one load per object.
+    // Starts loading a recording on a worker thread and returns at once; IsOpenFileComplete() tells the end.
+    // A file that is missing or is no recording gives no frames; from a damaged one every record before the
+    // damage is kept. Frames of an earlier load stay in the list: use one load per object.
     void openResultFile(const QString& path);
 
     // True once the load has ended. The object may be destroyed from then on.
@@ -62,10 +63,11 @@ public:
     // The frame at `index`, owned by this object; null when there is none.
     EngMapResult* getResultFromIndex(int index);
 
-    // The parsing steps of a load, on the whole file's bytes, from the object's read position on. Not while a load
-    // runs.
+    // The parsing steps of a load, on the whole file's bytes, from the object's read position on. Not while a
+    // load runs.
     //
-    // The text up to the next CR LF, which is skipped; without one, all that is left; at the end a null array.
+    // The text up to the next CR LF, which is skipped; without one, all that is left; at the end a null
+    // array.
     QByteArray getLine(QByteArray& data);
     // `len` raw bytes, or as many as are left; then skips to behind the next CR LF.
     QByteArray getLine(QByteArray& data, int len);
@@ -75,8 +77,8 @@ public:
     // Reads one record and appends its frame. False when there is no further one.
     bool unpackResult(QByteArray& data);
 
-    // Records of the boundary's layout whose elements live in the cache. Elements are zero. Null when memory or the
-    // cache folder fails. A matrix has row pointers only where rows and cols are both positive.
+    // Records of the boundary's layout whose elements live in the cache. Elements are zero. Null when memory
+    // or the cache folder fails. A matrix has row pointers only where rows and cols are both positive.
     mat2d_fp32* my_create_mat2d_fp32(int rows, int cols);
     vec_fp32* my_create_vec_fp32(int len);
     // Free such a record; null is ignored.
