@@ -124,7 +124,7 @@ TEST_P(ImagerSwitch, IsOnForExactlyOne)
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, ImagerSwitch, ::testing::Values(0, 1, 2, 257),
-                         [](const auto& info) { return "Value" + std::to_string(info.param); });
+                         [](const auto& instance) { return "Value" + std::to_string(instance.param); });
 
 TEST_F(ImagerSettings, TreatARadiusOfZeroAsNoRegion)
 {

@@ -151,9 +151,10 @@ INSTANTIATE_TEST_SUITE_P(Grids, RegressionAgainstPlain,
                                            RegressionCase{1, 31, 3, 10.0F, 0.1F},
                                            RegressionCase{3, 400, 3, 30.0F, 0.0F},
                                            RegressionCase{37, 41, 20, 1e-3F, -0.2F}),
-                         [](const auto& info) {
-                             return std::to_string(info.param.rows) + "by" + std::to_string(info.param.cols) +
-                                    "with" + std::to_string(info.param.points);
+                         [](const auto& instance) {
+                             return std::to_string(instance.param.rows) + "by" +
+                                    std::to_string(instance.param.cols) + "with" +
+                                    std::to_string(instance.param.points);
                          });
 
 TEST(GaussianProcessRegression, AgreesWithThePlainSumForPointsFarOutsideTheGrid)

@@ -94,8 +94,8 @@ TEST(BiLinearInterpol, RepeatsAMapOfASingleCell)
 
     KOVPrivate::biLinearInterpol(source.get(), enlarged.get());
 
-    EXPECT_EQ(enlarged->data[0][0], 4.0F);
-    EXPECT_EQ(enlarged->data[2][4], 4.0F);
+    EXPECT_FLOAT_EQ(enlarged->data[0][0], 4.0F);
+    EXPECT_FLOAT_EQ(enlarged->data[2][4], 4.0F);
 }
 
 struct ResizeCase
@@ -133,8 +133,8 @@ INSTANTIATE_TEST_SUITE_P(Sizes, BiLinearInterpolSizes,
                                            ResizeCase{96, 128, 480, 640}, ResizeCase{8, 14, 101, 67},
                                            ResizeCase{61, 47, 13, 17}, ResizeCase{4, 4, 4, 9},
                                            ResizeCase{40, 30, 1, 1}, ResizeCase{5, 5, 5, 5}),
-                         [](const auto& info) {
-                             const ResizeCase& size = info.param;
+                         [](const auto& instance) {
+                             const ResizeCase& size = instance.param;
                              return std::to_string(size.rows) + "by" + std::to_string(size.cols) + "to" +
                                     std::to_string(size.newRows) + "by" + std::to_string(size.newCols);
                          });
@@ -238,7 +238,7 @@ TEST_P(ScaleMat, ClearsWhatTheImageHoldsBeyondTheMap)
 }
 
 INSTANTIATE_TEST_SUITE_P(Palettes, ScaleMat, ::testing::ValuesIn(colourFunctions),
-                         [](const auto& info) { return info.param.name; });
+                         [](const auto& instance) { return instance.param.name; });
 
 TEST(KovAddWeighted, AddsSaturatingWithoutWeights)
 {

@@ -197,8 +197,9 @@ INSTANTIATE_TEST_SUITE_P(Sizes, ExtremumSearch,
                          ::testing::Values(SearchCase{4, 4, 1}, SearchCase{5, 4, 2}, SearchCase{7, 13, 3},
                                            SearchCase{48, 64, 4}, SearchCase{64, 48, 5},
                                            SearchCase{2, 31, 6}),
-                         [](const auto& info) {
-                             return std::to_string(info.param.rows) + "by" + std::to_string(info.param.cols);
+                         [](const auto& instance) {
+                             return std::to_string(instance.param.rows) + "by" +
+                                    std::to_string(instance.param.cols);
                          });
 
 TEST(IsPeak, HoldsWhenNoneOfTheWindowIsGreater)
@@ -348,7 +349,7 @@ INSTANTIATE_TEST_SUITE_P(Edges, FindPeaksNeighbour,
                                            NeighbourCase{"TopRow", 1, 5, 0, 5, true},
                                            NeighbourCase{"LeftColumn", 5, 1, 5, 0, true},
                                            NeighbourCase{"Diagonal", 5, 5, 7, 7, true}),
-                         [](const auto& info) { return info.param.name; });
+                         [](const auto& instance) { return instance.param.name; });
 
 TEST(FindPeaks, NeverFindsANegativePeakBesideAHiddenNeighbour)
 {
@@ -408,6 +409,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, PeakSearch,
                          ::testing::Values(SearchCase{4, 4, 1}, SearchCase{4, 40, 2}, SearchCase{40, 4, 3},
                                            SearchCase{5, 5, 4}, SearchCase{3, 9, 5}, SearchCase{48, 64, 6},
                                            SearchCase{61, 47, 7}, SearchCase{1, 9, 8}),
-                         [](const auto& info) {
-                             return std::to_string(info.param.rows) + "by" + std::to_string(info.param.cols);
+                         [](const auto& instance) {
+                             return std::to_string(instance.param.rows) + "by" +
+                                    std::to_string(instance.param.cols);
                          });

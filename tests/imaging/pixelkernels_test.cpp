@@ -214,7 +214,7 @@ TEST_P(PixelKernelVariant, AddsEveryPairOfBytesSaturating)
 }
 
 INSTANTIATE_TEST_SUITE_P(Variants, PixelKernelVariant, ::testing::ValuesIn(KOVPrivate::pixelKernelVariants()),
-                         [](const auto& info) { return info.param.name; });
+                         [](const auto& instance) { return instance.param.name; });
 
 TEST(PixelKernels, UseTheFastestVariantThatTheProcessorRuns)
 {

@@ -63,7 +63,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, RegionEllipse,
                          ::testing::Values(EllipseCase{640, 480, 98, 98}, EllipseCase{641, 479, 5, 200},
                                            EllipseCase{64, 48, 500, 300}, EllipseCase{33, 21, 16, 0},
                                            EllipseCase{1, 1, 0, 0}),
-                         [](const auto& info) {
-                             return std::to_string(info.param.width) + "by" +
-                                    std::to_string(info.param.height);
+                         [](const auto& instance) {
+                             return std::to_string(instance.param.width) + "by" +
+                                    std::to_string(instance.param.height);
                          });
