@@ -5,6 +5,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
@@ -38,6 +39,25 @@ bool reserve(int descriptor, std::size_t size)
     return retried([&] { return ::ftruncate(descriptor, length); }) == 0;
 }
 
+// How much prepare() does at a time: large enough for the system to use large pages in its cache, small
+// enough not to make a short recording pay for a whole block.
+constexpr std::size_t preparedBytes = std::size_t{1} * 1024 * 1024;
+
+const char zeros[64 * 1024] = {};
+
+bool writeZeros(int descriptor, std::size_t begin, std::size_t end)
+{
+    while (begin < end) {
+        const ssize_t written =
+            ::pwrite(descriptor, zeros, std::min(sizeof zeros, end - begin), static_cast<off_t>(begin));
+        if (written <= 0) {
+            return false;
+        }
+        begin += static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
 }  // namespace
 
 FileMapping::FileMapping(std::filesystem::path file, std::size_t size) : m_file(std::move(file)), m_size(size)
@@ -51,13 +71,30 @@ FileMapping::FileMapping(std::filesystem::path file, std::size_t size) : m_file(
     if (reserve(descriptor, size)) {
         view = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
     }
-    ::close(descriptor);  // the view keeps the file open
     if (view == MAP_FAILED) {
+        ::close(descriptor);
         std::error_code ignored;
         std::filesystem::remove(m_file, ignored);
         return;
     }
     m_view = view;
+    m_handle = descriptor;
+}
+
+// Touching reserved space for the first time through the view costs a page fault with a disk block look-up
+// for every 4 KiB. Writing zeros through the descriptor first brings the pages into the cache in large
+// pieces: filling a block then takes less than half the time. The view shows the same pages.
+void FileMapping::prepare(std::size_t end) noexcept
+{
+    while (m_handle != noHandle && m_prepared < end) {
+        const std::size_t chunkEnd = std::min(m_prepared + preparedBytes, m_size);
+        const bool isWritten = writeZeros(static_cast<int>(m_handle), m_prepared, chunkEnd);
+        m_prepared = chunkEnd;
+        if (!isWritten || m_prepared == m_size) {
+            ::close(static_cast<int>(m_handle));  // the view keeps the file open
+            m_handle = noHandle;
+        }
+    }
 }
 
 void FileMapping::close() noexcept
@@ -69,4 +106,13 @@ void FileMapping::close() noexcept
     std::error_code ignored;
     std::filesystem::remove(m_file, ignored);
     release();
+}
+
+void FileMapping::release() noexcept
+{
+    if (m_handle != noHandle) {
+        ::close(static_cast<int>(m_handle));
+        m_handle = noHandle;
+    }
+    m_view = nullptr;
 }

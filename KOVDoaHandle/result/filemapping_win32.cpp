@@ -21,16 +21,22 @@ FileMapping::FileMapping(std::filesystem::path file, std::size_t size) : m_file(
     ::CloseHandle(handle);  // the mapping keeps the file open
     if (mapping != nullptr) {
         m_view = ::MapViewOfFile(mapping, FILE_MAP_ALL_ACCESS, 0, 0, size);
-        m_handle = mapping;
     }
-    if (m_view == nullptr) {
+    if (m_view != nullptr) {
+        m_handle = reinterpret_cast<std::intptr_t>(mapping);
+    } else {
         if (mapping != nullptr) {
             ::CloseHandle(mapping);
-            m_handle = nullptr;
         }
         std::error_code ignored;
         std::filesystem::remove(m_file, ignored);
     }
+}
+
+// The system's own read-ahead does this job.
+void FileMapping::prepare(std::size_t end) noexcept
+{
+    m_prepared = end;
 }
 
 void FileMapping::close() noexcept
@@ -39,8 +45,14 @@ void FileMapping::close() noexcept
         return;
     }
     ::UnmapViewOfFile(m_view);
-    ::CloseHandle(static_cast<HANDLE>(m_handle));
+    ::CloseHandle(reinterpret_cast<HANDLE>(m_handle));
     std::error_code ignored;
     std::filesystem::remove(m_file, ignored);
     release();
+}
+
+void FileMapping::release() noexcept
+{
+    m_handle = noHandle;
+    m_view = nullptr;
 }

@@ -6,6 +6,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QUuid>
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <type_traits>
@@ -80,6 +81,7 @@ void* KOVMemoryMap::Private::carve(Block& block, std::size_t size)
     allocations[p] = &block;
     block.used += size;
     ++block.count;
+    block.mapping.prepare(std::min(block.used, blockBytes));
     return p;
 }
 

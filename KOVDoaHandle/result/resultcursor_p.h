@@ -52,6 +52,9 @@ private:
     // Offset of the next line end, or the size of the data.
     std::size_t findLineEnd() const
     {
+        if (m_data.substr(m_position, lineEnd.size()) == lineEnd) {
+            return m_position;  // behind every binary block of a sound file
+        }
         std::size_t from = m_position;
         while (from < m_data.size()) {
             const void* const found = std::memchr(m_data.data() + from, lineEnd[0], m_data.size() - from);
