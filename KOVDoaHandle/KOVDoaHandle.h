@@ -1,5 +1,5 @@
-/* Every plain export of the library: the one header a host includes that calls through a C boundary. C99 and
- * C++. Hosts built with the same C++ toolchain may include the headers of the classes instead. */
+/* Every plain export of the library: the one header a host includes that calls through a C boundary. C99 and C++.
+ * Hosts built with the same C++ toolchain may include the headers of the classes instead. */
 #ifndef KOVDOA_KOVDOAHANDLE_H
 #define KOVDOA_KOVDOAHANDLE_H
 

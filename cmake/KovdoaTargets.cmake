@@ -8,6 +8,9 @@ target_compile_options(kovdoa_compile_options INTERFACE
     $<$<COMPILE_LANGUAGE:CXX>:-Wconversion>
     # Results are part of the interface down to the last rounding: no fused multiply-add, no fast-math.
     -ffp-contract=off
+    # Nobody looks at the floating-point exception flags; with them given up, and no result changed, loops that
+    # compare or convert can be vectorised.
+    -fno-trapping-math
     $<$<BOOL:${KOVDOA_WARNINGS_AS_ERRORS}>:-Werror>)
 
 add_library(kovdoa_sanitizers INTERFACE)

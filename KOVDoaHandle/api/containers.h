@@ -1,12 +1,12 @@
 /* The numeric containers, for callers that cannot see their layouts. C99 and C++.
  *
- * Raw on purpose: no handle and no index is checked, every getter and setter is a single load or store, and
- * an index outside the record is undefined behaviour. Elements of a new container are zero; counts are those
- * it was created with. A container made here is freed by its destroy function (null is ignored).
+ * Raw on purpose: no handle and no index is checked, every getter and setter is a single load or store, and an index
+ * outside the record is undefined behaviour. Elements of a new container are zero; counts are those it was created
+ * with. A container made here is freed by its destroy function (null is ignored).
  *
- * Two things look uneven and are kept: the names say Int16 where the records say short, and the Data function
- * of a two-dimensional record takes a row (and returns that row's pointer) where that of a one-dimensional
- * record returns the whole buffer.
+ * Two things look uneven and are kept: the names say Int16 where the records say short, and the Data function of a
+ * two-dimensional record takes a row (and returns that row's pointer) where that of a one-dimensional record returns
+ * the whole buffer.
  */
 #ifndef KOVDOA_API_CONTAINERS_H
 #define KOVDOA_API_CONTAINERS_H

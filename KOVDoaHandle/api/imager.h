@@ -8,8 +8,8 @@
  *     destroyMat1dUint8(image);
  *     ReleaseDoaObject(imager);
  *
- * Handles are not checked, unless said otherwise. One thread at a time may use an imager. A switch is on only
- * for exactly 1; its getter returns 1 or 0.
+ * Handles are not checked, unless said otherwise. One thread at a time may use an imager. A switch is on only for
+ * exactly 1; its getter returns 1 or 0.
  */
 #ifndef KOVDOA_API_IMAGER_H
 #define KOVDOA_API_IMAGER_H
@@ -31,8 +31,9 @@ KOVDOA_EXPORT KOVOFFLineDoaObject* CreateDoaObject(void);
 KOVDOA_EXPORT void ReleaseDoaObject(KOVOFFLineDoaObject* imager);
 
 /* Sets the sizes and switches the log files on; mandatory before rendering. Returns 1.
- *   mapScaleA, mapScaleB  turn the region's relative half-axes into map cells: A along the rows' index, B
- * along the columns' index (see DoaObjectSetRadius) width, height         camera picture and overlay, pixels
+ *   mapScaleA, mapScaleB  turn the region's relative half-axes into map cells: A along the rows' index, B along the
+ *                         columns' index (see DoaObjectSetRadius)
+ *   width, height         camera picture and overlay, pixels
  * A value below 1 keeps the former one (640, 480, 640, 480 at first). */
 KOVDOA_EXPORT int DoaObjectInit(KOVOFFLineDoaObject* imager, int mapScaleA, int mapScaleB, int width,
                                 int height);
@@ -46,9 +47,9 @@ KOVDOA_EXPORT void DoaObjectSetMinPreSdLever(KOVOFFLineDoaObject* imager, float 
 KOVDOA_EXPORT float DoaObjectGetMinPreSdLever(KOVOFFLineDoaObject* imager);
 
 /* Region of interest: an ellipse around the middle of the picture with the half-axes, in pixels,
- * width * radius / (p * k) and height * radius / (q * k); k follows from the image scale. A radius of 0 or
- * less means no region; the getter then returns -1. The half-axes must reach one pixel: with a smaller region
- * the call ends in a C++ exception. The getter drops the radius's fraction. */
+ * width * radius / (p * k) and height * radius / (q * k); k follows from the image scale. A radius of 0 or less
+ * means no region; the getter then returns -1. The half-axes must reach one pixel: with a smaller region the call
+ * ends in a C++ exception. The getter drops the radius's fraction. */
 KOVDOA_EXPORT void DoaObjectSetRadius(KOVOFFLineDoaObject* imager, int radius, int p, int q);
 KOVDOA_EXPORT int DoaObjectGetRadius(KOVOFFLineDoaObject* imager);
 
@@ -71,9 +72,8 @@ KOVDOA_EXPORT void DoaObjectSetImageScale(KOVOFFLineDoaObject* imager, float sca
 KOVDOA_EXPORT float DoaObjectGetImageScale(KOVOFFLineDoaObject* imager);
 
 /* Renders one frame.
- *   result  rewritten: its extremes, relative to the map's median; found peaks are appended to a frame
- * without any image   height rows of width * 3 bytes, written completely; black where nothing is shown; stays
- * the caller's */
+ *   result  rewritten: its extremes, relative to the map's median; found peaks are appended to a frame without any
+ *   image   height rows of width * 3 bytes, written completely; black where nothing is shown; stays the caller's */
 KOVDOA_EXPORT void DoaObjectUpdateImagerRGB(KOVOFFLineDoaObject* imager, EngMapResult* result,
                                             mat1d_uint8* image);
 

@@ -12,7 +12,7 @@
 #define KOVDOA_API_RESULTFILE_H
 
 #ifndef __cplusplus
-#  include <stdbool.h>
+#    include <stdbool.h>
 #endif
 
 #include <KOVDoaHandle/foundation/kovdoaexport.h>

@@ -49,8 +49,8 @@ KOVDOA_EXPORT float getDistance(EngMapResult* result);
 /* Number of peaks of the frame. */
 KOVDOA_EXPORT int getPeaksNum(EngMapResult* result);
 
-/* Level and position of one peak. An index below 0 or above the number of peaks gives (0, 0, 0). Pass indices
- * below getPeaksNum: an index equal to it is not caught, and reads behind the last peak. */
+/* Level and position of one peak. An index below 0 or above the number of peaks gives (0, 0, 0). Pass indices below
+ * getPeaksNum: an index equal to it is not caught, and reads behind the last peak. */
 KOVDOA_EXPORT fpoint2d getPeaksValue(EngMapResult* result, int index);
 
 #ifdef __cplusplus

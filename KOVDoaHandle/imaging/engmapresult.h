@@ -21,11 +21,10 @@ struct TargetPoint
     bool matched = false;   // the track was found again in this frame
 };
 
-// Levels are linear (amplitude-like); decibels appear only as 20 log10 of ratios. Who writes what: the
-// producer of the frame (the beamformer, or the reader of a recording) supplies the map, the spectrum,
-// PowerBandsFFTSpec, the View fields, median, distance and firstPointInRadius; the renderer rewrites maxSpl,
-// minSpl and, with a region of interest, the two Extern fields, and appends the peaks that it found to a
-// frame that came without.
+// Levels are linear (amplitude-like); decibels appear only as 20 log10 of ratios. Who writes what: the producer of
+// the frame (the beamformer, or the reader of a recording) supplies the map, the spectrum, PowerBandsFFTSpec, the
+// View fields, median, distance and firstPointInRadius; the renderer rewrites maxSpl, minSpl and, with a region of
+// interest, the two Extern fields, and appends the peaks that it found to a frame that came without.
 struct EngMapResult
 {
     mat2d_fp32* ResEngMap = nullptr;  // the energy map, map rows x map columns; owned

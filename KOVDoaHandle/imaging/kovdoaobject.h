@@ -12,8 +12,8 @@ struct EngMapResult;
 // Life of an imager: construct, init() (mandatory before rendering), then setters in any order, then
 // updateImagerRGB() once per frame.
 //
-// Threads: one thread at a time; only updateImagerRGB() calls on one object exclude each other. Setters do
-// not take that lock: a host that reconfigures while another thread renders must serialise itself.
+// Threads: one thread at a time; only updateImagerRGB() calls on one object exclude each other. Setters do not take
+// that lock: a host that reconfigures while another thread renders must serialise itself.
 class KOVDOA_EXPORT KOVOFFLineDoaObject
 {
 public:
@@ -31,23 +31,19 @@ public:
     KOVOFFLineDoaObject& operator=(const KOVOFFLineDoaObject&) = delete;
 
     // Sets the sizes, clears the region masks and switches the log files on (initMessage).
-    //   mapScaleA, mapScaleB  what setRadius() multiplies the region's relative half-axes by to get semi-axes
-    //   in map
+    //   mapScaleA, mapScaleB  what setRadius() multiplies the region's relative half-axes by to get semi-axes in map
     //                         cells: A gives the semi-axis along the rows' index, B along the columns' index
     //   width, height         size of the camera picture and of the overlay, pixels
     // A value below 1 keeps the stored one (640, 480, 640, 480 at first). Always returns 1.
-    // The region itself is not recomputed: call setRadius() with another radius, or setImageScale(),
-    // afterwards.
+    // The region itself is not recomputed: call setRadius() with another radius, or setImageScale(), afterwards.
     int init(int mapScaleA, int mapScaleB, int width, int height);
 
     // Sets the region of interest, an ellipse around the middle of the picture with the half-axes
     //   X = width * radius / (p * k),  Y = radius * height / (k * q)          pixels; k from setImageScale()
-    // and, in map cells, mapScaleA * X / width along the rows' index and Y * mapScaleB / height along the
-    // columns'.
+    // and, in map cells, mapScaleA * X / width along the rows' index and Y * mapScaleB / height along the columns'.
     //   radius  0 or less: no region (getRadius() then returns -1). The radius already set: nothing happens.
     //   p, q    the size that radius is measured against
-    // Throws cv::Exception when a half-axis is below one pixel (the radius is stored, the region mask left
-    // empty).
+    // Throws cv::Exception when a half-axis is below one pixel (the radius is stored, the region mask left empty).
     void setRadius(float radius, int p, int q);
     float getRadius() const;
 
@@ -55,8 +51,8 @@ public:
     void setDynamic(float dynamic);
     float getDynamic() const;
 
-    // Minimum level, linear, in the unit of the map: nothing below it is coloured, and it is the threshold of
-    // the peak search. Not checked.
+    // Minimum level, linear, in the unit of the map: nothing below it is coloured, and it is the threshold of the
+    // peak search. Not checked.
     void setMinPreSdLever(float level);
     float getMinPreSdLever() const;
 
@@ -75,9 +71,8 @@ public:
     void setPalletId(DOA_PALLET_ID palletId);
     DOA_PALLET_ID getPalletId() const;
 
-    // Zoom of the camera picture. Recomputes the region with the factor k that it implies, which has
-    // deliberate steps, one for each lens of the camera: k = s below 2, (s - 2) / 2 + 1 from 2, (s - 4) / 4 +
-    // 1 from 4.
+    // Zoom of the camera picture. Recomputes the region with the factor k that it implies, which has deliberate
+    // steps, one for each lens of the camera: k = s below 2, (s - 2) / 2 + 1 from 2, (s - 4) / 4 + 1 from 4.
     void setImageScale(float scale);
     float getImageScale() const;
 
@@ -85,17 +80,14 @@ public:
     void matcopy(mat2d_fp32* src, mat2d_fp32* dst);
 
     // Renders one frame.
-    //   result  the frame; maxSpl and minSpl (with a region also the two Extern fields) are rewritten,
-    //   relative to
+    //   result  the frame; maxSpl and minSpl (with a region also the two Extern fields) are rewritten, relative to
     //           the map's median, and peaks are appended if it has none
-    //   image   receives the overlay: picture height rows of picture width * 3 bytes, blue, green, red,
-    //   row-major;
-    //           black where nothing is shown. With a region exactly image->rows * image->cols bytes are
-    //           written (at most the picture's); without one image must hold the whole picture. The caller
-    //           keeps owning it.
-    // init() must have been called. A map without cells gives a black picture. Maps may change their size
-    // from frame to frame. Timing: allocates only when a size changes, peaks are searched or several cursors
-    // are on; locks the object's render mutex.
+    //   image   receives the overlay: picture height rows of picture width * 3 bytes, blue, green, red, row-major;
+    //           black where nothing is shown. A smaller image receives the picture's first bytes, a larger one zeros
+    //           behind them. The caller keeps owning it.
+    // init() must have been called. A map without cells gives a black picture. Maps may change their size from frame
+    // to frame. Timing: allocates only when a size changes, peaks are searched or several cursors are on; locks the
+    // object's render mutex.
     void updateImagerRGB(EngMapResult* result, mat1d_uint8* image);
 
 private:

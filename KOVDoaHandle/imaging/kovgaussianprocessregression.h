@@ -1,5 +1,4 @@
-// Spreads point values over a grid with a squared-exponential kernel: a plain kernel sum, no matrix is
-// inverted.
+// Spreads point values over a grid with a squared-exponential kernel: a plain kernel sum, no matrix is inverted.
 #ifndef KOVDOA_KOVGAUSSIANPROCESSREGRESSION_H
 #define KOVDOA_KOVGAUSSIANPROCESSREGRESSION_H
 
@@ -11,8 +10,8 @@
 // Stateless; any thread may call any member. ("predit" is spelled so at the boundary.)
 //
 // Every form writes every cell (r, c) of the grid: the sum over the points k, in vector order and in single
-// precision, of value_k * w(d2), d2 = (r - row_k)^2 + (c - col_k)^2, where w = exp(-0.5 d2 / (sigma * sigma))
-// + noise is formed in double precision and rounded to float. Without points every cell is 0.
+// precision, of value_k * w(d2), d2 = (r - row_k)^2 + (c - col_k)^2, where w = exp(-0.5 d2 / (sigma * sigma)) + noise
+// is formed in double precision and rounded to float. Without points every cell is 0.
 //   sigma  length scale, cells
 //   noise  added to every weight, near a point or far from it
 class KOVDOA_EXPORT KOVGaussianProcessRegression
