@@ -6,7 +6,9 @@
 
 EngMapResult* createResultHandle(int resRows, int resCols, int /*imgRows*/, int /*imgCols*/, int fftLen)
 {
-    auto result = std::make_unique<EngMapResult>();
+    // Frees what is there already when memory runs out half-way.
+    std::unique_ptr<EngMapResult, decltype(&releaseResultHandle)> result(new EngMapResult(),
+                                                                         releaseResultHandle);
     result->ResEngMap = create_mat2d_fp32(resRows, resCols);
     result->PowerSpec = create_vec_fp32((fftLen >> 1) + 1);
     return result.release();

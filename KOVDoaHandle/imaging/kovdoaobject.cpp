@@ -30,8 +30,8 @@ constexpr float cursorNoise = 3.1622778e-5F;
 
 constexpr float noRegion = -1.0F;
 
-// The zoom of each lens starts at 1 again, so the factor steps back at 2 and at 4 on purpose.
-float lensZoom(float imageScale)
+// How far the region shrinks with the zoom. The factor steps back to 1 at 2 and at 4 on purpose.
+float regionZoom(float imageScale)
 {
     if (imageScale >= 4.0F) {
         return (imageScale - 4.0F) * 0.25F + 1.0F;
@@ -169,7 +169,7 @@ void KOVOFFLineDoaObject::Private::setRadius(float newRadius, int p, int q)
     radiusSizeP = p;
     radiusSizeQ = q;
 
-    const float zoom = lensZoom(imageScale);
+    const float zoom = regionZoom(imageScale);
     const auto pictureWidth = static_cast<float>(width);
     const auto pictureHeight = static_cast<float>(height);
     const float halfWidth = (pictureWidth * radius) / (static_cast<float>(p) * zoom);

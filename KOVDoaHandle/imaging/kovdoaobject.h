@@ -71,8 +71,8 @@ public:
     void setPalletId(DOA_PALLET_ID palletId);
     DOA_PALLET_ID getPalletId() const;
 
-    // Zoom of the camera picture. Recomputes the region with the factor k that it implies, which has deliberate
-    // steps, one for each lens of the camera: k = s below 2, (s - 2) / 2 + 1 from 2, (s - 4) / 4 + 1 from 4.
+    // Zoom s of the camera picture. Recomputes the region with the factor k that follows from it: k = s below 2,
+    // (s - 2) / 2 + 1 from 2, (s - 4) / 4 + 1 from 4. The steps back to 1 at 2 and at 4 are deliberate.
     void setImageScale(float scale);
     float getImageScale() const;
 

@@ -44,9 +44,8 @@ public:
     // Colours the pixels inside the region; the others are black.
     void paintInside(LevelRange range, const Region& region, std::uint8_t* picture);
 
-    // Colours the whole picture with `outside`, and inside the region adds the colours of `inside`,
-    // saturating. (Both colourings meet inside the region on purpose: the overlay stays closed across its
-    // border.)
+    // Colours the whole picture with `outside`, and inside the region adds the colours of `inside`, saturating:
+    // both colourings meet there on purpose.
     void paintInsideAndOutside(LevelRange inside, LevelRange outside, const Region& region,
                                std::uint8_t* picture);
 

@@ -170,7 +170,7 @@ INSTANTIATE_TEST_SUITE_P(
                  .outside = true,
                  .storedPeaks = 2},
         Settings{.name = "RegionScaled", .radius = 50.0F, .scale = 1.7F},
-        Settings{.name = "RegionSecondLens", .radius = 50.0F, .outside = true, .scale = 3.0F},
+        Settings{.name = "RegionScaledBeyondTwo", .radius = 50.0F, .outside = true, .scale = 3.0F},
         Settings{.name = "SeveralCursors", .dynamic = 30.0F, .cursors = 4, .several = true},
         Settings{.name = "SeveralCursorsFirstPoint",
                  .dynamic = 30.0F,

@@ -207,7 +207,7 @@ TEST_F(ImagerSettings, RecomputeTheRegionOnceForAnImageScale)
     EXPECT_EQ(after, scaled);
 }
 
-TEST_F(ImagerSettings, StepBackToTheFullRegionAtEachLens)
+TEST_F(ImagerSettings, StepBackToTheFullRegionAtScalesTwoAndFour)
 {
     imager->init(8, 8, 32, 24);
     imager->setDynamic(60.0F);
