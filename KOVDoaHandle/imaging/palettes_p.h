@@ -24,7 +24,7 @@ struct Palette
 
 extern const Palette rainbowPalette;         // 266 entries: dark blue, cyan-green, yellow, red, dark red
 extern const Palette blackRedYellowPalette;  // 444 entries: black, red, yellow, white
-extern const Palette greyPalette;            // 246 entries: black to white, bluish in the middle
+extern const Palette greyPalette;            // 246 entries: black to white, warm in the middle
 
 }  // namespace KOVPrivate
 
