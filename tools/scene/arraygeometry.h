@@ -1,0 +1,28 @@
+// Where the microphones of the simulated array are.
+#ifndef KOVTOOLS_ARRAYGEOMETRY_H
+#define KOVTOOLS_ARRAYGEOMETRY_H
+
+#include <vector>
+
+namespace kovtools {
+
+// Metres, in the plane of the array, seen from behind it as the camera looks: x to the right, y up, the
+// origin in the middle of the array, where the camera is.
+struct Microphone
+{
+    double x;
+    double y;
+};
+
+constexpr int arrayMicrophones = 208;
+constexpr double arrayAperture = 0.20;  // m, diameter of the circle that holds every microphone
+
+// A sunflower (Vogel) spiral: microphone m of M at radius R sqrt((m + 1/2) / M), R half the aperture, and
+// angle m times the golden angle, counted counter-clockwise from the x axis. Each microphone stands for the
+// same area, so no weighting is needed, and no two spacings repeat, so there are no grating lobes, only a
+// low, irregular carpet of side lobes.
+std::vector<Microphone> sunflowerSpiral(int microphones = arrayMicrophones, double aperture = arrayAperture);
+
+}  // namespace kovtools
+
+#endif

@@ -1,0 +1,99 @@
+#include "tools/support/partialfile.h"
+
+#include <unistd.h>
+
+#include <fstream>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "tools/support/errors.h"
+
+namespace kovtools {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// A hidden name that no other process and no earlier run uses.
+fs::path partialName(const fs::path& target)
+{
+    static int serial = 0;
+    ++serial;
+    fs::path name =
+        "." + target.stem().string() + ".partial-" + std::to_string(getpid()) + "-" + std::to_string(serial);
+    name += target.extension();
+    return target.parent_path() / name;
+}
+
+}  // namespace
+
+PartialFile::PartialFile(fs::path target) : m_target(std::move(target)), m_partial(partialName(m_target))
+{
+    std::error_code error;
+    if (fs::is_directory(m_target, error)) {
+        throw DataError("'" + m_target.string() + "' is a folder; a file name is needed");
+    }
+    if (!fs::is_directory(m_target.parent_path(), error)) {
+        throw DataError("the folder '" + m_target.parent_path().string() + "' does not exist");
+    }
+    if (!std::ofstream(m_partial, std::ios::binary).is_open()) {
+        throw DataError("cannot write to '" + m_target.string() + "'");
+    }
+}
+
+PartialFile::~PartialFile()
+{
+    if (!m_committed) {
+        std::error_code ignored;
+        fs::remove(m_partial, ignored);
+    }
+}
+
+void PartialFile::commit()
+{
+    std::error_code error;
+    fs::rename(m_partial, m_target, error);
+    if (error) {
+        throw DataError("cannot write '" + m_target.string() + "': " + error.message());
+    }
+    m_committed = true;
+}
+
+void writeWholeFile(const fs::path& target, std::string_view bytes)
+{
+    PartialFile file(target);
+    std::ofstream stream(file.path(), std::ios::binary | std::ios::trunc);
+    stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    stream.close();
+    if (!stream) {
+        throw DataError("cannot write '" + target.string() + "' (is the disk full?)");
+    }
+    file.commit();
+}
+
+std::string readWholeFile(const fs::path& source)
+{
+    std::error_code error;
+    const fs::file_status status = fs::status(source, error);
+    if (!fs::exists(status)) {
+        throw DataError("'" + source.string() + "' does not exist");
+    }
+    if (fs::is_directory(status)) {
+        throw DataError("'" + source.string() + "' is a folder, not a file");
+    }
+    if (!fs::is_regular_file(status)) {
+        throw DataError("'" + source.string() + "' is not a regular file");
+    }
+    std::ifstream stream(source, std::ios::binary);
+    if (!stream) {
+        throw DataError("cannot read '" + source.string() + "'");
+    }
+    std::string bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    if (stream.bad()) {
+        throw DataError("cannot read '" + source.string() + "'");
+    }
+    return bytes;
+}
+
+}  // namespace kovtools

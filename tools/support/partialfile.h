@@ -1,0 +1,43 @@
+// Output that appears whole or not at all.
+#ifndef KOVTOOLS_PARTIALFILE_H
+#define KOVTOOLS_PARTIALFILE_H
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace kovtools {
+
+// A file is written beside its final place, in the same folder and with the same extension (by which writers
+// choose the format), and renamed when it is complete. Without commit() it is removed.
+class PartialFile
+{
+public:
+    // Throws DataError when the folder of `target` does not exist or cannot be written to, or when `target`
+    // is a folder itself. An existing file at `target` stays until commit().
+    explicit PartialFile(std::filesystem::path target);
+    ~PartialFile();
+    PartialFile(const PartialFile&) = delete;
+    PartialFile& operator=(const PartialFile&) = delete;
+
+    // Where to write; an empty file stands there already.
+    const std::filesystem::path& path() const { return m_partial; }
+
+    // Puts the file in its place. Throws DataError when that fails.
+    void commit();
+
+private:
+    std::filesystem::path m_target;
+    std::filesystem::path m_partial;
+    bool m_committed = false;
+};
+
+// Writes `bytes` as the whole content of `target`. Throws DataError.
+void writeWholeFile(const std::filesystem::path& target, std::string_view bytes);
+
+// Reads a whole file. Throws DataError when it is missing, unreadable or no regular file.
+std::string readWholeFile(const std::filesystem::path& source);
+
+}  // namespace kovtools
+
+#endif

@@ -1,0 +1,67 @@
+#include "tools/support/workspace.h"
+
+#include <QtCore/QDir>
+
+#include <algorithm>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include <KOVDoaHandle/api/library.h>
+
+#include "tools/support/errors.h"
+#include "tools/support/partialfile.h"
+
+namespace kovtools {
+
+namespace fs = std::filesystem;
+
+Workspace::Workspace(fs::path logTo)
+    : m_directory(QDir::tempPath() + "/kovdoa-XXXXXX"), m_logTo(std::move(logTo))
+{
+    std::error_code error;
+    m_home = fs::current_path(error);
+    if (!m_directory.isValid() || !QDir::setCurrent(m_directory.path())) {
+        throw DataError("cannot create a temporary folder in '" + QDir::tempPath().toStdString() + "'");
+    }
+    if (!m_logTo.empty()) {
+        initLogging();
+    }
+}
+
+Workspace::~Workspace()
+{
+    // A directory that is somebody's working directory cannot be removed everywhere.
+    std::error_code ignored;
+    fs::current_path(m_home, ignored);
+}
+
+void Workspace::link(const fs::path& target, const char* name)
+{
+    std::error_code error;
+    fs::create_symlink(target, name, error);
+    if (error) {
+        throw DataError("cannot create a link in the temporary folder: " + error.message());
+    }
+}
+
+void Workspace::keepLog()
+{
+    if (m_logTo.empty()) {
+        return;
+    }
+    std::vector<fs::path> days;
+    std::error_code error;
+    for (const fs::directory_entry& entry : fs::directory_iterator("log", error)) {
+        days.push_back(entry.path());
+    }
+    std::sort(days.begin(), days.end());
+    std::string text;
+    for (const fs::path& day : days) {
+        text += readWholeFile(day);
+    }
+    writeWholeFile(m_logTo, text);
+}
+
+}  // namespace kovtools
