@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "tools/support/errors.h"
+#include "tools/support/quoted.h"
 
 namespace kovtools {
 
@@ -20,8 +21,9 @@ fs::path partialName(const fs::path& target)
 {
     static int serial = 0;
     ++serial;
-    fs::path name =
-        "." + target.stem().string() + ".partial-" + std::to_string(getpid()) + "-" + std::to_string(serial);
+    fs::path name(".");
+    name += target.stem();
+    name += ".partial-" + std::to_string(getpid()) + "-" + std::to_string(serial);
     name += target.extension();
     return target.parent_path() / name;
 }
@@ -32,13 +34,13 @@ PartialFile::PartialFile(fs::path target) : m_target(std::move(target)), m_parti
 {
     std::error_code error;
     if (fs::is_directory(m_target, error)) {
-        throw DataError("'" + m_target.string() + "' is a folder; a file name is needed");
+        throw DataError(quoted(m_target) + " is a folder; a file name is needed");
     }
     if (!fs::is_directory(m_target.parent_path(), error)) {
-        throw DataError("the folder '" + m_target.parent_path().string() + "' does not exist");
+        throw DataError("the folder " + quoted(m_target.parent_path()) + " does not exist");
     }
     if (!std::ofstream(m_partial, std::ios::binary).is_open()) {
-        throw DataError("cannot write to '" + m_target.string() + "'");
+        throw DataError("cannot write to " + quoted(m_target));
     }
 }
 
@@ -55,7 +57,7 @@ void PartialFile::commit()
     std::error_code error;
     fs::rename(m_partial, m_target, error);
     if (error) {
-        throw DataError("cannot write '" + m_target.string() + "': " + error.message());
+        throw DataError("cannot write " + quoted(m_target) + ": " + error.message());
     }
     m_committed = true;
 }
@@ -67,7 +69,7 @@ void writeWholeFile(const fs::path& target, std::string_view bytes)
     stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     stream.close();
     if (!stream) {
-        throw DataError("cannot write '" + target.string() + "' (is the disk full?)");
+        throw DataError("cannot write " + quoted(target) + " (is the disk full?)");
     }
     file.commit();
 }
@@ -77,21 +79,21 @@ std::string readWholeFile(const fs::path& source)
     std::error_code error;
     const fs::file_status status = fs::status(source, error);
     if (!fs::exists(status)) {
-        throw DataError("'" + source.string() + "' does not exist");
+        throw DataError(quoted(source) + " does not exist");
     }
     if (fs::is_directory(status)) {
-        throw DataError("'" + source.string() + "' is a folder, not a file");
+        throw DataError(quoted(source) + " is a folder, not a file");
     }
     if (!fs::is_regular_file(status)) {
-        throw DataError("'" + source.string() + "' is not a regular file");
+        throw DataError(quoted(source) + " is not a regular file");
     }
     std::ifstream stream(source, std::ios::binary);
     if (!stream) {
-        throw DataError("cannot read '" + source.string() + "'");
+        throw DataError("cannot read " + quoted(source));
     }
     std::string bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
     if (stream.bad()) {
-        throw DataError("cannot read '" + source.string() + "'");
+        throw DataError("cannot read " + quoted(source));
     }
     return bytes;
 }

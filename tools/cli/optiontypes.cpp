@@ -1,0 +1,179 @@
+#include "tools/cli/optiontypes.h"
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <sstream>
+#include <string_view>
+
+namespace kovtools {
+
+namespace {
+
+// Locale-free, and the whole text must belong to the number.
+template <typename Number>
+std::optional<Number> parse(std::string_view text)
+{
+    Number value{};
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || stop != end) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+[[noreturn]] void reject(const std::string& name, const std::string& text, const std::string& expected)
+{
+    throw CLI::ValidationError(name.substr(name.rfind(',') + 1), "'" + text + "' is not " + expected);
+}
+
+std::string plain(double value)
+{
+    std::ostringstream stream;
+    stream << value;
+    return stream.str();
+}
+
+std::string sizeText(cv::Size size)
+{
+    return std::to_string(size.width) + "x" + std::to_string(size.height);
+}
+
+bool isWithin(cv::Size size, const SizeBounds& bounds)
+{
+    return size.width >= bounds.low.width && size.height >= bounds.low.height &&
+           size.width <= bounds.high.width && size.height <= bounds.high.height;
+}
+
+std::optional<cv::Size> parseSize(std::string_view text)
+{
+    const std::size_t cross = text.find('x');
+    if (cross == std::string_view::npos) {
+        return std::nullopt;
+    }
+    const std::optional<int> first = parse<int>(text.substr(0, cross));
+    const std::optional<int> second = parse<int>(text.substr(cross + 1));
+    if (!first || !second) {
+        return std::nullopt;
+    }
+    return cv::Size(*first, *second);
+}
+
+std::optional<FrameRange> parseRange(std::string_view text)
+{
+    const std::size_t colon = text.find(':');
+    const std::string_view first = text.substr(0, colon);
+    const std::string_view last = colon == std::string_view::npos ? first : text.substr(colon + 1);
+    FrameRange range;
+    if (!first.empty() || colon == std::string_view::npos) {
+        const std::optional<int> number = parse<int>(first);
+        if (!number || *number < 1) {
+            return std::nullopt;
+        }
+        range.first = *number;
+    }
+    if (!last.empty()) {
+        const std::optional<int> number = parse<int>(last);
+        if (!number || *number < range.first) {
+            return std::nullopt;
+        }
+        range.last = *number;
+    }
+    return range;
+}
+
+}  // namespace
+
+const SizeBounds pictureBounds{cv::Size(160, 120), cv::Size(7680, 4320)};
+
+CLI::Option* addInteger(CLI::App& app, const std::string& name, int& target, int low, int high,
+                        const std::string& help)
+{
+    const auto read = [&target, name, low, high](const std::string& text) {
+        const std::optional<int> value = parse<int>(text);
+        if (!value || *value < low || *value > high) {
+            reject(name, text, "a whole number from " + std::to_string(low) + " to " + std::to_string(high));
+        }
+        target = *value;
+    };
+    return app.add_option_function<std::string>(name, read, help)
+        ->type_name("N")
+        ->default_str(std::to_string(target));
+}
+
+CLI::Option* addSeed(CLI::App& app, const std::string& name, std::uint64_t& target, const std::string& help)
+{
+    const auto read = [&target, name](const std::string& text) {
+        const std::optional<std::uint64_t> value = parse<std::uint64_t>(text);
+        if (!value) {
+            reject(name, text, "a whole number from 0 to 18446744073709551615");
+        }
+        target = *value;
+    };
+    return app.add_option_function<std::string>(name, read, help)
+        ->type_name("N")
+        ->default_str(std::to_string(target));
+}
+
+CLI::Option* addNumber(CLI::App& app, const std::string& name, double& target, double low, double high,
+                       const std::string& help)
+{
+    const auto read = [&target, name, low, high](const std::string& text) {
+        const std::optional<double> value = parse<double>(text);
+        if (!value || !std::isfinite(*value) || *value < low || *value > high) {
+            reject(name, text, "a number from " + plain(low) + " to " + plain(high));
+        }
+        target = *value;
+    };
+    return app.add_option_function<std::string>(name, read, help)->type_name("X")->default_str(plain(target));
+}
+
+CLI::Option* addSize(CLI::App& app, const std::string& name, cv::Size& target, const SizeBounds& bounds,
+                     const std::string& kind, const std::string& help)
+{
+    const auto read = [&target, name, bounds, kind](const std::string& text) {
+        const std::optional<cv::Size> value = parseSize(text);
+        if (!value || !isWithin(*value, bounds)) {
+            reject(name, text,
+                   "a size " + kind + " from " + sizeText(bounds.low) + " to " + sizeText(bounds.high));
+        }
+        target = *value;
+    };
+    CLI::Option* const option = app.add_option_function<std::string>(name, read, help)->type_name(kind);
+    if (!target.empty()) {
+        option->default_str(sizeText(target));
+    }
+    return option;
+}
+
+CLI::Option* addPath(CLI::App& app, const std::string& name, std::filesystem::path& target,
+                     const std::string& kind, const std::string& help)
+{
+    const auto read = [&target, name](const std::string& text) {
+        if (text.empty()) {
+            reject(name, text, "a file name");
+        }
+        target = std::filesystem::absolute(text).lexically_normal();
+        if (!target.has_filename()) {
+            target = target.parent_path();  // "folder/" is "folder"
+        }
+    };
+    return app.add_option_function<std::string>(name, read, help)->type_name(kind);
+}
+
+CLI::Option* addFrameRange(CLI::App& app, const std::string& name, FrameRange& target,
+                           const std::string& help)
+{
+    const auto read = [&target, name](const std::string& text) {
+        const std::optional<FrameRange> range = parseRange(text);
+        if (!range) {
+            reject(name, text, "a range of frames such as 10:20, 10:, :20 or 7 (from 1)");
+        }
+        target = *range;
+    };
+    return app.add_option_function<std::string>(name, read, help)->type_name("A:B");
+}
+
+}  // namespace kovtools

@@ -1,0 +1,63 @@
+#include "tools/recording/recording.h"
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+#include <thread>
+
+#include <KOVDoaHandle/imaging/engmapresult.h>
+
+#include "tools/support/errors.h"
+#include "tools/support/interrupt.h"
+#include "tools/support/partialfile.h"
+#include "tools/support/quoted.h"
+#include "tools/support/workspace.h"
+
+namespace kovtools {
+
+namespace {
+
+constexpr std::chrono::milliseconds pollInterval{1};  // the library signals the end of a load by a flag only
+
+}  // namespace
+
+Recording::Recording(const std::filesystem::path& path)
+    : m_path(path), m_scan(scanRecording(readWholeFile(path)))
+{
+    if (!m_scan.isRecording) {
+        throw DataError(quoted(m_path) + " is not a recording: it does not begin with a recording's header");
+    }
+    if (m_scan.completeRecords == 0) {
+        return;  // and nothing is handed to the library that has nothing to load from it
+    }
+    Workspace::link(m_path, "recording.kov");
+    m_handle.reset(createResultSerializeHandle("recording.kov", "cache"));
+    while (!getIsOpenFileComplete(m_handle.get())) {
+        std::this_thread::sleep_for(pollInterval);
+    }
+    throwIfInterrupted();
+    m_frames = std::min(m_scan.completeRecords, getResultFrame(m_handle.get()));
+    if (m_frames < m_scan.completeRecords && m_scan.damage.empty()) {
+        m_scan.damage = "could be loaded only as far as frame " + std::to_string(m_frames);
+    }
+}
+
+std::string Recording::complaint() const
+{
+    return m_scan.damage.empty() ? std::string() : quoted(m_path) + " " + m_scan.damage;
+}
+
+EngMapResult& Recording::frame(int index) const
+{
+    EngMapResult* const frame = getResultHandleFromIndex(m_handle.get(), index);
+    const bool usable = frame != nullptr && frame->ResEngMap != nullptr && frame->PowerSpec != nullptr &&
+                        (frame->ResEngMap->data != nullptr || m_scan.resRows == 0 || m_scan.resCols == 0) &&
+                        frame->PowerSpec->data != nullptr;
+    if (!usable) {
+        throw DataError("there is no room for frame " + std::to_string(index + 1) +
+                        " in the temporary folder");
+    }
+    return *frame;
+}
+
+}  // namespace kovtools

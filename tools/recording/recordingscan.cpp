@@ -1,0 +1,225 @@
+#include "tools/recording/recordingscan.h"
+
+#include <charconv>
+#include <optional>
+
+namespace kovtools {
+
+namespace {
+
+constexpr std::string_view lineEnd = "\r\n";
+constexpr std::int64_t largestBlock =
+    16LL * 1024 * 1024;  // bytes; the library loads no larger map or spectrum
+
+// Thrown inside this file: the data ends too early, or says something impossible.
+struct CutOff
+{
+};
+struct Damaged
+{
+    std::string what;
+};
+
+class Walker
+{
+public:
+    explicit Walker(std::string_view bytes) : m_rest(bytes) {}
+
+    bool atEnd() const { return m_rest.empty(); }
+
+    std::string_view line()
+    {
+        const std::size_t end = m_rest.find(lineEnd);
+        if (end == std::string_view::npos) {
+            throw CutOff{};
+        }
+        const std::string_view text = m_rest.substr(0, end);
+        m_rest.remove_prefix(end + lineEnd.size());
+        return text;
+    }
+
+    // Skips `count` raw bytes and the line end behind them.
+    void block(std::int64_t count)
+    {
+        if (m_rest.size() < static_cast<std::size_t>(count) + lineEnd.size()) {
+            throw CutOff{};
+        }
+        m_rest.remove_prefix(static_cast<std::size_t>(count));
+        if (!m_rest.starts_with(lineEnd)) {
+            throw Damaged{"a block of binary data does not end where it should"};
+        }
+        m_rest.remove_prefix(lineEnd.size());
+    }
+
+private:
+    std::string_view m_rest;
+};
+
+std::optional<int> number(std::string_view text)
+{
+    int value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+int headerNumber(std::string_view key, std::string_view text)
+{
+    const std::optional<int> value = number(text);
+    if (!value || *value < 0) {
+        throw Damaged{"its header gives no usable " + std::string(key)};
+    }
+    return *value;
+}
+
+void readFileInfo(Walker& walker, RecordingScan& scan)
+{
+    for (std::string_view line = walker.line(); line.find("FILE_INFO_END") == std::string_view::npos;
+         line = walker.line()) {
+        const std::size_t colon = line.find(':');
+        if (colon == std::string_view::npos) {
+            continue;
+        }
+        const std::string_view key = line.substr(0, colon);
+        const std::string_view value = line.substr(colon + 1);
+        if (key == "VERSION") {
+            scan.version = value;
+        } else if (key == "RESROW") {
+            scan.resRows = headerNumber(key, value);
+        } else if (key == "RESCOL") {
+            scan.resCols = headerNumber(key, value);
+        } else if (key == "IMGROW") {
+            scan.imgRows = headerNumber(key, value);
+        } else if (key == "IMGCOL") {
+            scan.imgCols = headerNumber(key, value);
+        } else if (key == "FFTLEN") {
+            scan.fftLen = headerNumber(key, value);
+        }
+    }
+}
+
+void checkSizes(const RecordingScan& scan)
+{
+    if (4 * static_cast<std::int64_t>(scan.resRows) * scan.resCols > largestBlock ||
+        2LL * scan.fftLen > largestBlock) {
+        throw Damaged{"its header claims maps or spectra of an absurd size"};
+    }
+}
+
+void skipStructInfo(Walker& walker)
+{
+    if (walker.line().find("STRUCT_INFO_START") == std::string_view::npos) {
+        throw Damaged{"its list of fields is missing"};
+    }
+    while (walker.line().find("STRUCT_INFO_END") == std::string_view::npos) {
+    }
+}
+
+void skipPeaks(Walker& walker, std::string_view count)
+{
+    const std::optional<int> peaks = number(count);
+    if (!peaks || *peaks < 0) {
+        throw Damaged{"a number of peaks is no number"};
+    }
+    for (int i = 0; i < *peaks; ++i) {
+        walker.line();
+    }
+}
+
+void skipMap(Walker& walker, std::string_view size, const RecordingScan& scan)
+{
+    if (size != std::to_string(scan.resRows) + "x" + std::to_string(scan.resCols)) {
+        throw Damaged{"a map is not of the size that the header gives"};
+    }
+    for (int row = 0; row < scan.resRows && scan.resCols > 0; ++row) {
+        walker.block(4LL * scan.resCols);
+    }
+}
+
+void skipSpectrum(Walker& walker, std::string_view length, const RecordingScan& scan)
+{
+    const int bins = scan.fftLen / 2 + 1;
+    if (number(length) != bins) {
+        throw Damaged{"a spectrum is not of the length that the header gives"};
+    }
+    walker.block(4LL * bins);
+}
+
+void skipRecord(Walker& walker, const RecordingScan& scan)
+{
+    if (!walker.line().starts_with("--start--")) {
+        throw Damaged{"something else stands where a record should begin"};
+    }
+    bool hasMap = false;
+    bool hasSpectrum = false;
+    for (std::string_view line = walker.line(); line.find("--end--") == std::string_view::npos;
+         line = walker.line()) {
+        const std::size_t colon = line.find(':');
+        if (!line.starts_with("**") || colon == std::string_view::npos) {
+            continue;
+        }
+        const std::string_view key = line.substr(2, colon - 2);
+        const std::string_view value = line.substr(colon + 1);
+        if (key == "peaks") {
+            skipPeaks(walker, value);
+        } else if (key == "PowerSpec") {
+            skipSpectrum(walker, value, scan);
+            hasSpectrum = true;
+        } else if (key == "ResEngMap") {
+            skipMap(walker, value, scan);
+            hasMap = true;
+        }
+    }
+    if (!hasMap || !hasSpectrum) {
+        throw Damaged{"a record lacks its map or its spectrum"};
+    }
+}
+
+std::string recordsBefore(int records)
+{
+    if (records == 0) {
+        return "no record before that is complete";
+    }
+    return records == 1 ? "the one complete record before that is used"
+                        : "the " + std::to_string(records) + " complete records before that are used";
+}
+
+}  // namespace
+
+RecordingScan scanRecording(std::string_view bytes)
+{
+    RecordingScan scan;
+    scan.bytes = bytes.size();
+    Walker walker(bytes);
+    bool inHeader = true;
+    try {
+        scan.isRecording = bytes.starts_with("==FILE_INFO_START==");
+        if (!scan.isRecording) {
+            scan.damage = "is not a recording";
+            return scan;
+        }
+        walker.line();
+        readFileInfo(walker, scan);
+        checkSizes(scan);
+        skipStructInfo(walker);
+        inHeader = false;
+        while (!walker.atEnd()) {
+            skipRecord(walker, scan);
+            ++scan.completeRecords;
+        }
+    } catch (const CutOff&) {
+        scan.damage = inHeader ? "is truncated: it ends inside its header"
+                               : "is truncated: it ends inside record " +
+                                     std::to_string(scan.completeRecords + 1) + "; " +
+                                     recordsBefore(scan.completeRecords);
+    } catch (const Damaged& damaged) {
+        scan.damage = inHeader ? "is damaged: " + damaged.what
+                               : "is damaged in record " + std::to_string(scan.completeRecords + 1) + " (" +
+                                     damaged.what + "); " + recordsBefore(scan.completeRecords);
+    }
+    return scan;
+}
+
+}  // namespace kovtools

@@ -1,0 +1,39 @@
+// Where finished pictures go.
+#ifndef KOVTOOLS_FRAMESINK_H
+#define KOVTOOLS_FRAMESINK_H
+
+#include <filesystem>
+#include <memory>
+#include <opencv2/core/mat.hpp>
+
+namespace kovtools {
+
+class FrameSink
+{
+public:
+    FrameSink() = default;
+    virtual ~FrameSink() = default;
+    FrameSink(const FrameSink&) = delete;
+    FrameSink& operator=(const FrameSink&) = delete;
+
+    // One picture more. `number`: of the frame, from 1. All pictures have the same size. Throws DataError.
+    virtual void add(const cv::Mat& picture, int number) = 0;
+
+    // Everything has been added. Until then nothing shows under the final name of a video. Throws DataError.
+    virtual void finish() = 0;
+};
+
+// A video file where `target` ends in .mp4 or .avi, else a folder of PNG files, which is created. Throws
+// UsageError for the ending of another kind of video or picture, DataError when nothing can be written there.
+std::unique_ptr<FrameSink> openFrameSink(const std::filesystem::path& target, cv::Size picture,
+                                         double frameRate);
+
+// Throws UsageError like openFrameSink, before anything is done.
+void checkFrameSinkName(const std::filesystem::path& target);
+
+// Writes one PNG file, whole or not at all. Throws DataError.
+void writePng(const std::filesystem::path& target, const cv::Mat& picture);
+
+}  // namespace kovtools
+
+#endif

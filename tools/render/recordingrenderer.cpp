@@ -1,0 +1,120 @@
+#include "tools/render/recordingrenderer.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+#include <vector>
+
+#include "tools/render/contactsheet.h"
+#include "tools/render/framesink.h"
+#include "tools/support/errors.h"
+#include "tools/support/partialfile.h"
+#include "tools/support/quoted.h"
+#include "tools/support/silence.h"
+
+namespace kovtools {
+
+namespace {
+
+constexpr int smallestMap = 4;  // rows and columns; the peak search reads that far
+
+// Before anything is created from the sizes that the file claims.
+const Recording& checkedForRendering(const Recording& recording)
+{
+    const RecordingScan& scan = recording.scan();
+    if (recording.frames() == 0) {
+        const std::string complaint = recording.complaint();
+        throw DataError(complaint.empty() ? quoted(recording.path()) + " holds no frames" : complaint);
+    }
+    if (scan.resRows < smallestMap || scan.resCols < smallestMap) {
+        throw DataError(quoted(recording.path()) + " has maps of " + std::to_string(scan.resRows) + " x " +
+                        std::to_string(scan.resCols) + " cells; at least 4 x 4 are needed to render it");
+    }
+    return recording;
+}
+
+std::string captionFor(int number, int frames, double frameRate)
+{
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "frame %d/%d   %.2f s", number, frames, (number - 1) / frameRate);
+    return text.data();
+}
+
+}  // namespace
+
+RecordingRenderer::RecordingRenderer(const Recording& recording, const RenderOptions& options,
+                                     const cv::Mat& camera)
+    : m_recording(checkedForRendering(recording)),
+      m_options(options),
+      m_region(regionEllipse(options, recording.scan().resRows, recording.scan().resCols)),
+      m_imager(options, m_region),
+      m_painter(options, m_region, camera)
+{
+}
+
+FrameNotes RecordingRenderer::notesFor(const EngMapResult& frame, int number) const
+{
+    FrameNotes notes;
+    notes.caption = captionFor(number, m_recording.frames(), m_options.frameRate);
+    notes.range = colourRange(frame, m_options);
+    notes.marks = cursorMarks(frame, m_options, m_region);
+    notes.mapRows = frame.ResEngMap->rows;
+    notes.mapCols = frame.ResEngMap->cols;
+    return notes;
+}
+
+void RecordingRenderer::render(int first, int last, const std::filesystem::path& output,
+                               const std::filesystem::path& contactSheet,
+                               const std::function<void()>& afterFrame)
+{
+    std::vector<int> onSheet;
+    if (!contactSheet.empty()) {
+        onSheet = evenlySpread(first, last);
+        PartialFile canBeWritten(contactSheet);  // tried before the long work, not after it
+    }
+    ContactSheet sheet(static_cast<int>(onSheet.size()), m_options.picture);
+    const std::unique_ptr<FrameSink> sink = openFrameSink(output, m_options.picture, m_options.frameRate);
+    for (int number = first; number <= last; ++number) {
+        EngMapResult& frame = m_recording.frame(number - 1);
+        cv::Mat picture = m_painter.compose(m_imager.render(frame));
+        const FrameNotes notes = notesFor(frame, number);
+        if (std::find(onSheet.begin(), onSheet.end(), number) != onSheet.end()) {
+            cv::Mat tile;
+            cv::resize(picture, tile, sheet.tileSize(), 0.0, 0.0, cv::INTER_AREA);
+            m_painter.annotate(tile, notes);
+            sheet.add(tile);
+        }
+        m_painter.annotate(picture, notes);
+        sink->add(picture, number);
+        afterFrame();
+    }
+    sink->finish();
+    if (!contactSheet.empty()) {
+        writePng(contactSheet, sheet.picture());
+    }
+}
+
+cv::Mat readCameraPicture(const std::filesystem::path& file)
+{
+    const std::string bytes = readWholeFile(file);
+    cv::Mat picture;
+    if (!bytes.empty()) {
+        const SilencedStderr silenced;
+        const std::vector<unsigned char> buffer(bytes.begin(), bytes.end());
+        try {
+            picture = cv::imdecode(buffer, cv::IMREAD_COLOR);
+        } catch (const cv::Exception&) {
+            picture.release();  // a size that nobody can want, for example
+        }
+    }
+    if (picture.empty()) {
+        throw DataError(quoted(file) + " is not a picture that can be read");
+    }
+    return picture;
+}
+
+}  // namespace kovtools
