@@ -85,7 +85,7 @@ typedef struct fpoint2d
 } fpoint2d;
 
 /* Create a record of the given size; every element is zero.
- *   len, rows, cols  stored in the record as given. Where their product is not positive the record has no
+ *   len, rows, cols  stored in the record as given. Where one of them is not positive the record has no
  *                    elements; a negative count is reported through the message hook.
  * Returns a record that the caller frees with the matching destroy function. Elements start on a 64-byte
  * boundary. Throws std::bad_alloc when memory runs out. */
