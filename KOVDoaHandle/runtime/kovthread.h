@@ -93,13 +93,14 @@ protected:
 private:
     friend class KOVSync;
 
-    bool invokeThroughSync(std::function<void()> f, Qt::ConnectionType type);
+    bool invokeThroughSync(const std::function<void()>& f, Qt::ConnectionType type);
 
     std::function<void(KOVThreadInfo*)> m_callback;
     std::atomic<Qt::HANDLE> m_threadId{nullptr};
     QVariant m_data;
     std::atomic<bool> m_autoDelete{false};
     std::atomic<bool> m_busy{false};
+    std::atomic<bool> m_hasEnded{false};  // the thread touches nothing here any more
     std::mutex m_labelMutex;
     QString m_label = QStringLiteral("NULL");
 };
