@@ -4,10 +4,12 @@
 #include <exception>
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include "tools/cli/command.h"
 #include "tools/cli/optiontypes.h"
 #include "tools/cli/versiontext.h"
+#include "tools/support/inquotes.h"
 #include "tools/support/interrupt.h"
 #include "tools/support/silence.h"
 
@@ -25,6 +27,11 @@ std::string deepestCommand(const CLI::App& app)
         name += " " + current->get_name();
     }
     return name;
+}
+
+std::string seeHelpOf(const CLI::App& app)
+{
+    return " (see " + inQuotes(deepestCommand(app) + " --help") + ")";
 }
 
 int complain(const std::string& sentence, ExitStatus status)
@@ -91,12 +98,18 @@ int runCommandLine(int argc, const char* const* argv)
 
     try {
         app.parse(argc, argv);
+    } catch (const CLI::RequiredError& error) {
+        // What is missing is often there, but misspelt; then the misspelt word is the better thing to name.
+        const std::vector<std::string> unknown = app.remaining(true);
+        const std::string sentence = unknown.empty()
+                                         ? oneLine(error.what())
+                                         : inQuotes(unknown.front()) + " is no command or option known here";
+        return complain(sentence + seeHelpOf(app), EXIT_BAD_USAGE);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
             return app.exit(error);  // help and version
         }
-        return complain(oneLine(error.what()) + " (see '" + deepestCommand(app) + " --help')",
-                        EXIT_BAD_USAGE);
+        return complain(oneLine(error.what()) + seeHelpOf(app), EXIT_BAD_USAGE);
     }
     watchForInterrupts();
     return run(action, common);

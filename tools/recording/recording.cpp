@@ -8,9 +8,9 @@
 #include <KOVDoaHandle/imaging/engmapresult.h>
 
 #include "tools/support/errors.h"
+#include "tools/support/inquotes.h"
 #include "tools/support/interrupt.h"
 #include "tools/support/partialfile.h"
-#include "tools/support/quoted.h"
 #include "tools/support/workspace.h"
 
 namespace kovtools {
@@ -25,7 +25,8 @@ Recording::Recording(const std::filesystem::path& path)
     : m_path(path), m_scan(scanRecording(readWholeFile(path)))
 {
     if (!m_scan.isRecording) {
-        throw DataError(quoted(m_path) + " is not a recording: it does not begin with a recording's header");
+        throw DataError(inQuotes(m_path) +
+                        " is not a recording: it does not begin with a recording's header");
     }
     if (m_scan.completeRecords == 0) {
         return;  // and nothing is handed to the library that has nothing to load from it
@@ -44,7 +45,7 @@ Recording::Recording(const std::filesystem::path& path)
 
 std::string Recording::complaint() const
 {
-    return m_scan.damage.empty() ? std::string() : quoted(m_path) + " " + m_scan.damage;
+    return m_scan.damage.empty() ? std::string() : inQuotes(m_path) + " " + m_scan.damage;
 }
 
 EngMapResult& Recording::frame(int index) const

@@ -102,8 +102,8 @@ void readFileInfo(Walker& walker, RecordingScan& scan)
 
 void checkSizes(const RecordingScan& scan)
 {
-    if (4 * static_cast<std::int64_t>(scan.resRows) * scan.resCols > largestBlock ||
-        2LL * scan.fftLen > largestBlock) {
+    const std::int64_t cells = static_cast<std::int64_t>(scan.resRows) * scan.resCols;  // 62 bits at most
+    if (cells > largestBlock / 4 || 2LL * scan.fftLen > largestBlock) {
         throw Damaged{"its header claims maps or spectra of an absurd size"};
     }
 }
@@ -156,6 +156,9 @@ void skipRecord(Walker& walker, const RecordingScan& scan)
     bool hasSpectrum = false;
     for (std::string_view line = walker.line(); line.find("--end--") == std::string_view::npos;
          line = walker.line()) {
+        if (line.starts_with("--start--")) {
+            throw Damaged{"it has no end"};
+        }
         const std::size_t colon = line.find(':');
         if (!line.starts_with("**") || colon == std::string_view::npos) {
             continue;

@@ -18,6 +18,11 @@ namespace {
 constexpr std::array<double, 9> tickSteps{0.1, 0.2, 0.5, 1.0, 2.0, 5.0, 10.0, 20.0, 50.0};  // dB
 constexpr double mostTicks = 7.0;
 
+constexpr double edgeGap = 6.0;    // pixels of a standard picture
+constexpr double barWidth = 14.0;  // likewise
+constexpr double barShare = 0.56;  // of the picture's height
+constexpr const char* widestTick = "-88";
+
 std::string tickText(double db)
 {
     std::string text = std::to_string(std::round(db * 10.0) / 10.0);
@@ -84,20 +89,25 @@ cv::Mat barColours(const ColourRange& range, int palette, int height)
     return bar;
 }
 
+cv::Rect colourBarPanel(cv::Size picture)
+{
+    const Layout layout(picture);
+    const int gap = layout.px(edgeGap);
+    const int width = layout.px(barWidth) + textSize(widestTick, layout).width + 4 * gap;
+    const int barHeight = static_cast<int>(barShare * picture.height);
+    const int height = barHeight + layout.lineHeight + 2 * gap;
+    return {picture.width - width - gap, (picture.height - barHeight) / 2 - layout.lineHeight, width, height};
+}
+
 void drawColourBar(cv::Mat& picture, const ColourRange& range, int palette)
 {
     const Layout layout(picture.size());
-    const int gap = layout.px(6);
-    const int barWidth = layout.px(14);
-    const int barHeight = static_cast<int>(0.56 * picture.rows);
-    const int textWidth = textSize("-88", layout).width;
-    const int panelWidth = barWidth + textWidth + 4 * gap;
-    const cv::Rect panel(picture.cols - panelWidth - gap, (picture.rows - barHeight) / 2 - layout.lineHeight,
-                         panelWidth, barHeight + layout.lineHeight + 2 * gap);
+    const int gap = layout.px(edgeGap);
+    const cv::Rect panel = colourBarPanel(picture.size());
     dimBox(picture, panel);
 
-    const cv::Rect bar(picture.cols - gap - 2 * gap - barWidth + gap, panel.y + layout.lineHeight, barWidth,
-                       barHeight);
+    const cv::Rect bar(panel.x + panel.width - gap - layout.px(barWidth), panel.y + layout.lineHeight,
+                       layout.px(barWidth), panel.height - layout.lineHeight - 2 * gap);
     cv::rectangle(picture, cv::Rect(bar.x - 1, bar.y - 1, bar.width + 2, bar.height + 2), outlineColour);
     cv::Mat area = picture(bar);
     cv::repeat(barColours(range, palette, bar.height), 1, bar.width, area);

@@ -16,6 +16,9 @@ std::vector<double> tickValues(double highDb, double lowDb);
 // palette follows the linear level, just as on the map.
 cv::Mat barColours(const ColourRange& range, int palette, int height);
 
+// Where on a picture of this size the bar with its scale is painted.
+cv::Rect colourBarPanel(cv::Size picture);
+
 void drawColourBar(cv::Mat& picture, const ColourRange& range, int palette);
 
 }  // namespace kovtools

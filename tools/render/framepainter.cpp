@@ -102,7 +102,7 @@ void FramePainter::drawMark(cv::Mat& picture, const CursorMark& mark, const Fram
     const cv::Size size = textSize(text, layout);
     const int gap = layout.px(4);
     cv::Point origin = middle + cv::Point(inner + gap, -inner - gap);
-    if (origin.x + size.width + gap > picture.cols) {
+    if (origin.x + size.width + gap > colourBarPanel(picture.size()).x) {
         origin.x = middle.x - inner - gap - size.width;
     }
     if (origin.y - size.height < gap) {

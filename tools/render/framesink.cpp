@@ -12,8 +12,8 @@
 
 #include "tools/render/videofile.h"
 #include "tools/support/errors.h"
+#include "tools/support/inquotes.h"
 #include "tools/support/partialfile.h"
-#include "tools/support/quoted.h"
 
 namespace kovtools {
 
@@ -43,7 +43,7 @@ public:
         std::error_code error;
         fs::create_directories(m_folder, error);
         if (!fs::is_directory(m_folder)) {
-            throw DataError("cannot create the folder " + quoted(m_folder));
+            throw DataError("cannot create the folder " + inQuotes(m_folder));
         }
     }
 
@@ -68,7 +68,7 @@ void checkFrameSinkName(const fs::path& target)
                                                         ".png", ".jpg", ".jpeg", ".tiff", ".bmp"};
     const std::string extension = lowerExtension(target);
     if (std::find(others.begin(), others.end(), extension) != others.end()) {
-        throw UsageError("-o " + quoted(target.filename()) +
+        throw UsageError("-o " + inQuotes(target.filename()) +
                          " is neither a folder (for PNG files) nor a name ending in .mp4 or .avi");
     }
 }

@@ -12,8 +12,8 @@
 #include "tools/render/contactsheet.h"
 #include "tools/render/framesink.h"
 #include "tools/support/errors.h"
+#include "tools/support/inquotes.h"
 #include "tools/support/partialfile.h"
-#include "tools/support/quoted.h"
 #include "tools/support/silence.h"
 
 namespace kovtools {
@@ -28,10 +28,10 @@ const Recording& checkedForRendering(const Recording& recording)
     const RecordingScan& scan = recording.scan();
     if (recording.frames() == 0) {
         const std::string complaint = recording.complaint();
-        throw DataError(complaint.empty() ? quoted(recording.path()) + " holds no frames" : complaint);
+        throw DataError(complaint.empty() ? inQuotes(recording.path()) + " holds no frames" : complaint);
     }
     if (scan.resRows < smallestMap || scan.resCols < smallestMap) {
-        throw DataError(quoted(recording.path()) + " has maps of " + std::to_string(scan.resRows) + " x " +
+        throw DataError(inQuotes(recording.path()) + " has maps of " + std::to_string(scan.resRows) + " x " +
                         std::to_string(scan.resCols) + " cells; at least 4 x 4 are needed to render it");
     }
     return recording;
@@ -112,7 +112,7 @@ cv::Mat readCameraPicture(const std::filesystem::path& file)
         }
     }
     if (picture.empty()) {
-        throw DataError(quoted(file) + " is not a picture that can be read");
+        throw DataError(inQuotes(file) + " is not a picture that can be read");
     }
     return picture;
 }

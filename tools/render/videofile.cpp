@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tools/support/errors.h"
-#include "tools/support/quoted.h"
+#include "tools/support/inquotes.h"
 #include "tools/support/silence.h"
 
 namespace kovtools {
@@ -49,7 +49,7 @@ VideoFile::VideoFile(const std::filesystem::path& target, cv::Size picture, doub
 {
     const SilencedStderr silenced;
     if (!open(frameRate)) {
-        throw DataError("cannot write the video " + quoted(target) + ": no encoder for it is installed");
+        throw DataError("cannot write the video " + inQuotes(target) + ": no encoder for it is installed");
     }
 }
 
@@ -84,7 +84,7 @@ void VideoFile::finish()
         found = picturesIn(m_file.path());
     }
     if (found != m_added) {
-        throw DataError("the video " + quoted(m_target) + " came out with " + std::to_string(found) +
+        throw DataError("the video " + inQuotes(m_target) + " came out with " + std::to_string(found) +
                         " pictures instead of " + std::to_string(m_added) + " (is the disk full?)");
     }
     m_file.commit();

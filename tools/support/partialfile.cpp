@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "tools/support/errors.h"
-#include "tools/support/quoted.h"
+#include "tools/support/inquotes.h"
 
 namespace kovtools {
 
@@ -34,13 +34,13 @@ PartialFile::PartialFile(fs::path target) : m_target(std::move(target)), m_parti
 {
     std::error_code error;
     if (fs::is_directory(m_target, error)) {
-        throw DataError(quoted(m_target) + " is a folder; a file name is needed");
+        throw DataError(inQuotes(m_target) + " is a folder; a file name is needed");
     }
     if (!fs::is_directory(m_target.parent_path(), error)) {
-        throw DataError("the folder " + quoted(m_target.parent_path()) + " does not exist");
+        throw DataError("the folder " + inQuotes(m_target.parent_path()) + " does not exist");
     }
     if (!std::ofstream(m_partial, std::ios::binary).is_open()) {
-        throw DataError("cannot write to " + quoted(m_target));
+        throw DataError("cannot write to " + inQuotes(m_target));
     }
 }
 
@@ -57,7 +57,7 @@ void PartialFile::commit()
     std::error_code error;
     fs::rename(m_partial, m_target, error);
     if (error) {
-        throw DataError("cannot write " + quoted(m_target) + ": " + error.message());
+        throw DataError("cannot write " + inQuotes(m_target) + ": " + error.message());
     }
     m_committed = true;
 }
@@ -69,7 +69,7 @@ void writeWholeFile(const fs::path& target, std::string_view bytes)
     stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     stream.close();
     if (!stream) {
-        throw DataError("cannot write " + quoted(target) + " (is the disk full?)");
+        throw DataError("cannot write " + inQuotes(target) + " (is the disk full?)");
     }
     file.commit();
 }
@@ -79,21 +79,21 @@ std::string readWholeFile(const fs::path& source)
     std::error_code error;
     const fs::file_status status = fs::status(source, error);
     if (!fs::exists(status)) {
-        throw DataError(quoted(source) + " does not exist");
+        throw DataError(inQuotes(source) + " does not exist");
     }
     if (fs::is_directory(status)) {
-        throw DataError(quoted(source) + " is a folder, not a file");
+        throw DataError(inQuotes(source) + " is a folder, not a file");
     }
     if (!fs::is_regular_file(status)) {
-        throw DataError(quoted(source) + " is not a regular file");
+        throw DataError(inQuotes(source) + " is not a regular file");
     }
     std::ifstream stream(source, std::ios::binary);
     if (!stream) {
-        throw DataError("cannot read " + quoted(source));
+        throw DataError("cannot read " + inQuotes(source));
     }
     std::string bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
     if (stream.bad()) {
-        throw DataError("cannot read " + quoted(source));
+        throw DataError("cannot read " + inQuotes(source));
     }
     return bytes;
 }

@@ -1,6 +1,6 @@
 // File names inside sentences.
-#ifndef KOVTOOLS_QUOTED_H
-#define KOVTOOLS_QUOTED_H
+#ifndef KOVTOOLS_INQUOTES_H
+#define KOVTOOLS_INQUOTES_H
 
 #include <filesystem>
 #include <string>
@@ -8,7 +8,7 @@
 namespace kovtools {
 
 // 'name', as the file system spells it.
-std::string quoted(const std::filesystem::path& path);
+std::string inQuotes(const std::filesystem::path& path);
 
 }  // namespace kovtools
 

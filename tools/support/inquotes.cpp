@@ -1,8 +1,8 @@
-#include "tools/support/quoted.h"
+#include "tools/support/inquotes.h"
 
 namespace kovtools {
 
-std::string quoted(const std::filesystem::path& path)
+std::string inQuotes(const std::filesystem::path& path)
 {
     std::string text(1, '\'');
     text.append(path.string());
