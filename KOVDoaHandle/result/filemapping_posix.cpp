@@ -3,9 +3,11 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <system_error>
 
@@ -41,15 +43,20 @@ bool reserve(int descriptor, std::size_t size)
 
 // How much prepare() does at a time: large enough for the system to use large pages in its cache, small
 // enough not to make a short recording pay for a whole block.
-constexpr std::size_t preparedBytes = std::size_t{1} * 1024 * 1024;
+constexpr std::size_t preparedBytes = std::size_t{1024} * 1024;
 
-const char zeros[64 * 1024] = {};
-
+// Writes zeros over [begin, end) of the file, from one small buffer but in few calls.
 bool writeZeros(int descriptor, std::size_t begin, std::size_t end)
 {
+    static const char zeros[64 * 1024] = {};
     while (begin < end) {
+        std::array<iovec, preparedBytes / sizeof zeros> pieces{};
+        std::size_t count = 0;
+        for (std::size_t at = begin; at < end && count < pieces.size(); at += sizeof zeros) {
+            pieces[count++] = {const_cast<char*>(zeros), std::min(sizeof zeros, end - at)};
+        }
         const ssize_t written =
-            ::pwrite(descriptor, zeros, std::min(sizeof zeros, end - begin), static_cast<off_t>(begin));
+            ::pwritev(descriptor, pieces.data(), static_cast<int>(count), static_cast<off_t>(begin));
         if (written <= 0) {
             return false;
         }

@@ -1,19 +1,17 @@
-// Recording and playback. A load reads the whole file at once and parses it in place; only the maps and
-// spectra are copied, into the cache.
+// Recording and playback. A load parses the file in place, window by window; only the maps and spectra are copied,
+// into the cache.
 //
 // What the host may poll during a load is atomic or under the mutex. A worker leaves through the gate, and
 // the destructor waits there, so that an object may be destroyed at any time.
 #include <KOVDoaHandle/result/kovdoaresultserialize.h>
 
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 #include <QtCore/QVariant>
 
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <exception>
-#include <limits>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -24,9 +22,12 @@
 #include <KOVDoaHandle/foundation/kovlog_p.h>
 #include <KOVDoaHandle/imaging/engmapresult.h>
 #include <KOVDoaHandle/result/cachecontainers_p.h>
+#include <KOVDoaHandle/result/filename_p.h>
 #include <KOVDoaHandle/result/kovmemorymap.h>
 #include <KOVDoaHandle/result/loadgate_p.h>
+#include <KOVDoaHandle/result/recordingstream_p.h>
 #include <KOVDoaHandle/result/resultcursor_p.h>
+#include <KOVDoaHandle/result/resultformat_p.h>
 #include <KOVDoaHandle/result/resultnumbers_p.h>
 #include <KOVDoaHandle/result/resultrecord_p.h>
 #include <KOVDoaHandle/result/resultwriter_p.h>
@@ -42,9 +43,6 @@ const char source[] = "kovdoaresultserialize";
 // Frames may take this much more than the file itself, so that a file of tiny records under a header of huge
 // sizes cannot fill the disk with empty maps. In a sound file the frames are about as large as their records.
 constexpr std::uint64_t storageAllowance = std::uint64_t{64} * 1024 * 1024;
-
-// A byte array counts in int, and needs a little room of its own.
-constexpr qint64 maxFileBytes = std::numeric_limits<int>::max() - 64;
 
 // Header lines are logged; a sound header has 25. More, or longer ones, only in a damaged file.
 constexpr int maxLoggedLines = 100;
@@ -75,17 +73,12 @@ int spectrumLength(int fftLen)
     return fftLen / 2 + 1;
 }
 
-// Qt complains aloud about such names; here an unusable file is simply not there.
-bool isFileName(const QString& path)
-{
-    return !path.isEmpty() && !path.contains(QChar(0));
-}
-
 // Appends `bytes` to the file as a whole or not at all: half a record would spoil the ones that follow it.
 void appendToFile(const QString& path, const std::string& bytes)
 {
     QFile file(path);
-    if (!isFileName(path) || !file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered)) {
+    if (!KOVResult::isFileName(path) ||
+        !file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered)) {
         return;
     }
     const qint64 sizeBefore = file.pos();
@@ -95,21 +88,6 @@ void appendToFile(const QString& path, const std::string& bytes)
     }
     file.flush();
     file.close();
-}
-
-// All bytes of a recording; none when it cannot be read. Only regular files: a pipe or a device may never
-// end.
-QByteArray readRecording(QFile& file)
-{
-    if (!isFileName(file.fileName()) || !QFileInfo(file).isFile() ||
-        !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        return {};
-    }
-    if (file.size() > maxFileBytes) {
-        KOVDOA_DEBUG(source) << "file is too large, bytes read =" << maxFileBytes;
-        return file.read(maxFileBytes);
-    }
-    return file.readAll();
 }
 
 }  // namespace
@@ -126,7 +104,7 @@ public:
 
     struct KeepPosition
     {
-        const ByteCursor& cursor;
+        ByteCursor& cursor;
         std::size_t& position;
         ~KeepPosition() { position = cursor.position(); }
     };
@@ -203,7 +181,7 @@ void KOVDoaResultSerialize::startSave(const QString& path, int resRows, int resC
     d->filePath = path;
 
     QFile file(path);
-    if (!isFileName(path) || !file.open(QIODevice::ReadWrite | QIODevice::Truncate)) {
+    if (!KOVResult::isFileName(path) || !file.open(QIODevice::ReadWrite | QIODevice::Truncate)) {
         return;
     }
     file.write(KOVResult::headerText({resRows, resCols, imgRows, imgCols, fftLen}).toLocal8Bit());
@@ -265,13 +243,12 @@ void KOVDoaResultSerialize::Private::load(const QString& path)
 
 void KOVDoaResultSerialize::Private::loadRecords(float& totalMs, KOVRtTimer& timer)
 {
-    QFile file(readPath);
-    const QByteArray data = readRecording(file);
-    KOVDOA_DEBUG(source) << "file size =" << file.size() << ", time =" << timer.timeMs() << "ms";
+    KOVResult::RecordingStream stream(readPath);
+    KOVDOA_DEBUG(source) << "file size =" << static_cast<qint64>(stream.fileSize())
+                         << ", time =" << timer.timeMs() << "ms";
 
-    readPos = 0;
     storedBytes = 0;
-    ByteCursor cursor(view(data), readPos);
+    ByteCursor cursor(stream);
     readVersion(cursor);
     readHeader(cursor);
     totalMs += timer.timeMs();

@@ -3,75 +3,65 @@
 #ifndef KOVDOA_RESULTCURSOR_P_H
 #define KOVDOA_RESULTCURSOR_P_H
 
-#include <algorithm>
 #include <cstddef>
-#include <cstring>
+#include <cstdint>
 #include <string_view>
-
-#include <KOVDoaHandle/result/resultformat_p.h>
 
 namespace KOVResult {
 
-// Views into the bytes; the caller keeps them alive and unchanged.
+class RecordingStream;
+
+// Reads bytes in memory, or a file through a window. What line() and bytes() return is valid until the next call
+// of either or of atEnd().
 class ByteCursor
 {
 public:
-    ByteCursor(std::string_view data, std::size_t position)
-        : m_data(data), m_position(std::min(position, data.size()))
-    {
-    }
+    // Bytes in memory, which the caller keeps alive and unchanged.
+    ByteCursor(std::string_view data, std::size_t position);
 
-    std::size_t position() const { return m_position; }
-    bool atEnd() const { return m_position == m_data.size(); }
-    std::size_t size() const { return m_data.size(); }
+    // A file from its beginning; `stream` must outlive the cursor.
+    explicit ByteCursor(RecordingStream& stream);
 
-    // The text up to the next line end, which is skipped; without one, all that is left. At the end a view
-    // whose data() is null, unlike that of an empty line.
-    std::string_view line()
-    {
-        if (atEnd()) {
-            return {};
-        }
-        const std::size_t start = m_position;
-        const std::size_t end = findLineEnd();
-        m_position = std::min(end + lineEnd.size(), m_data.size());
-        return m_data.substr(start, end - start);
-    }
+    // Offset from the beginning of the data.
+    std::size_t position();
+    bool atEnd() { return (m_skipping || remaining() == 0) && atEndOfAll(); }
 
-    // `count` raw bytes, or as many as are left; then skips to behind the next line end, because the bytes
-    // may themselves look like one.
+    // Number of bytes of all the data.
+    std::uint64_t size() const { return m_size; }
+
+    // The text up to the next line end, which is skipped; without one, all that is left (of a file, at least its
+    // first megabyte). At the end a view whose data() is null, unlike that of an empty line.
+    std::string_view line();
+
+    // `count` raw bytes, or as many as are left; then skips to behind the next line end, because the bytes may
+    // themselves look like one.
     std::string_view bytes(std::size_t count)
     {
-        const std::string_view result = m_data.substr(m_position, count);
-        m_position += result.size();
-        m_position = std::min(findLineEnd() + lineEnd.size(), m_data.size());
-        return result;
+        // A block of a sound file, inside the window: this runs for each row of each map.
+        if (!m_skipping && remaining() > count + 1 && m_window[m_offset + count] == '\r' &&
+            m_window[m_offset + count + 1] == '\n') {
+            const std::string_view block = m_window.substr(m_offset, count);
+            m_offset += count + 2;
+            return block;
+        }
+        return bytesAcrossWindows(count);
     }
 
 private:
-    // Offset of the next line end, or the size of the data.
-    std::size_t findLineEnd() const
-    {
-        if (m_data.substr(m_position, lineEnd.size()) == lineEnd) {
-            return m_position;  // behind every binary block of a sound file
-        }
-        std::size_t from = m_position;
-        while (from < m_data.size()) {
-            const void* const found = std::memchr(m_data.data() + from, lineEnd[0], m_data.size() - from);
-            if (found == nullptr) {
-                break;
-            }
-            const auto at = static_cast<std::size_t>(static_cast<const char*>(found) - m_data.data());
-            if (at + 1 < m_data.size() && m_data[at + 1] == lineEnd[1]) {
-                return at;
-            }
-            from = at + 1;
-        }
-        return m_data.size();
-    }
+    bool atEndOfAll();
+    std::string_view bytesAcrossWindows(std::size_t count);
+    std::size_t remaining() const { return m_window.size() - m_offset; }
+    bool readOn();
+    std::size_t findLineEnd();
+    void skipLineEnd();
+    void finishSkipping();
 
-    std::string_view m_data;
-    std::size_t m_position;
+    std::string_view m_window;
+    std::size_t m_offset = 0;   // of the position in the window
+    std::size_t m_dropped = 0;  // bytes before the window
+    std::uint64_t m_size;
+    RecordingStream* m_stream = nullptr;
+    bool m_skipping = false;  // the line end behind the bytes given out last is still to be found
 };
 
 }  // namespace KOVResult

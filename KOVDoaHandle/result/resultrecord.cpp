@@ -12,6 +12,7 @@
 #include <vector>
 
 #include <KOVDoaHandle/imaging/engmapresult.h>
+#include <KOVDoaHandle/result/resultformat_p.h>
 #include <KOVDoaHandle/result/resultnumbers_p.h>
 
 namespace KOVResult {
