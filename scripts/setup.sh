@@ -36,4 +36,4 @@ install_missing() {
 # What the library and the program need ...
 build_packages=(g++ cmake ninja-build ccache qtbase5-dev libopencv-dev libcli11-dev nlohmann-json3-dev)
 # ... and what the tests need on top.
-test_packages=(libgtest-dev libbenchmark-dev clang-format g++-mingw-w64-x86-64-posix binutils git)
+test_packages=(libgtest-dev libbenchmark-dev clang-format g++-mingw-w64-x86-64-posix binutils python3 git)
