@@ -274,20 +274,22 @@ TEST_F(LogFiles, TakeTheEnginesMessageAsAFormat)
 
 TEST_F(LogFiles, KeepTheLinesOfSeveralThreadsWhole)
 {
-    const int threads = 6;
-    const int lines = 40;
+    // Lines so long that each takes several writes; the system itself keeps a single one whole.
+    const int threads = 4;
+    const int lines = 25;
     runSilently({"clock", january2, "init", "threads", QString::number(threads), QString::number(lines)});
 
     const QStringList written = QString::fromStdString(january2Log()).split("\r\n", Qt::SkipEmptyParts);
     ASSERT_EQ(written.size(), threads * lines);
     std::map<int, int> nextLine;
     for (const QString& line : written) {
-        ASSERT_TRUE(line.startsWith("Debug:2024-01-02 03:04:05 Flie(")) << line.toStdString();
+        ASSERT_TRUE(line.startsWith("Debug:2024-01-02 03:04:05 Flie(")) << line.left(80).toStdString();
         const QStringList fields = line.section(' ', -1).split(':');
-        ASSERT_EQ(fields.size(), 3) << line.toStdString();
+        ASSERT_EQ(fields.size(), 3) << line.left(80).toStdString();
         const int thread = fields[0].toInt();
-        EXPECT_EQ(fields[1].toInt(), nextLine[thread]++) << line.toStdString();
-        EXPECT_EQ(fields[2], QString(200, QLatin1Char(static_cast<char>('a' + thread))));
+        EXPECT_EQ(fields[1].toInt(), nextLine[thread]++) << line.left(80).toStdString();
+        EXPECT_TRUE(fields[2] == QString(50000, QLatin1Char(static_cast<char>('a' + thread))))
+            << line.left(80).toStdString();
     }
 }
 

@@ -5,7 +5,7 @@
 //   debug|warning|critical|info|fatal TEXT   the framework's own macros
 //   engine FILE LINE TEXT         doaMessage()
 //   negative-size                 has the engine report something
-//   threads COUNT LINES           COUNT threads, each of which writes LINES lines
+//   threads COUNT LINES           COUNT threads, each of which writes LINES lines of more than 50,000 characters
 //   clock SECONDS                 from now on it is that many seconds after 1970-01-01 00:00:00 UTC
 //   chdir FOLDER                  changes the working directory
 //   remove-folder                 removes ./log
@@ -92,7 +92,7 @@ void writeFromThreads(int threadCount, int lineCount)
     std::vector<std::thread> threads;
     for (int thread = 0; thread < threadCount; ++thread) {
         threads.emplace_back([thread, lineCount] {
-            const QString filling(200, QLatin1Char(static_cast<char>('a' + thread)));
+            const QString filling(50000, QLatin1Char(static_cast<char>('a' + thread)));
             for (int line = 0; line < lineCount; ++line) {
                 qDebug("%d:%d:%s", thread, line, qPrintable(filling));
             }
