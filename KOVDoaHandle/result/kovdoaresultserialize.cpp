@@ -279,7 +279,9 @@ void KOVDoaResultSerialize::Private::readVersion(ByteCursor& cursor)
         if (lines < maxLoggedLines) {
             KOVDOA_DEBUG(source) << loggable(key) << loggable(value);
         }
-        applyVersionLine(key, value);
+        if (keyEnd < line.size()) {
+            applyVersionLine(key, value);
+        }
     }
 }
 

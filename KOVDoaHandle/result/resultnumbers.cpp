@@ -16,6 +16,7 @@ namespace KOVResult {
 namespace {
 
 constexpr int significantDigits = 6;
+constexpr double infinity = std::numeric_limits<double>::infinity();
 
 QByteArray byteArray(std::string_view text)
 {
@@ -33,17 +34,45 @@ bool beginsAndEndsLikeANumber(std::string_view text)
     return !text.empty() && (isDigit(text.front()) || text.front() == '-') && isDigit(text.back());
 }
 
+// True for a number exactly half-way between two texts of six digits, such as 43915.25. QString writes the one farther
+// from zero there, where the standard conversion writes the even one.
+bool liesHalfWay(double value)
+{
+    // Half-way numbers have seven digits, the last one a 5. With digits behind the point, at most ten of them leave
+    // a value that a float can hold, so that all such numbers are multiples of 1 / 1024.
+    const double scaled = value * 1024.0;
+    if (scaled != std::trunc(scaled) || std::isinf(value)) {
+        return false;
+    }
+    // Enough digits for the exact value of any float of that kind.
+    constexpr int allDigits = 60;
+    char buffer[allDigits + 16];
+    const auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, std::fabs(value),
+                                            std::chars_format::scientific, allDigits);
+    const std::string_view digits(buffer + 1 + significantDigits,
+                                  static_cast<std::size_t>(end - buffer) - 1 - significantDigits);
+    return digits.front() == '5' && digits.find_first_not_of('0', 1) == digits.find('e');
+}
+
 }  // namespace
 
-void appendNumber(std::string& text, double value)
+void appendNumber(std::string& text, float value)
 {
     if (std::isnan(value)) {
         text += "nan";
         return;
     }
+    if (value == 0.0F) {
+        text += '0';  // also for the negative zero
+        return;
+    }
+    double written = static_cast<double>(value);
+    if (liesHalfWay(written)) {
+        written = std::nextafter(written, written > 0.0 ? infinity : -infinity);
+    }
     char buffer[32];
     const auto [end, error] =
-        std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, significantDigits);
+        std::to_chars(buffer, buffer + sizeof buffer, written, std::chars_format::general, significantDigits);
     text.append(buffer, end);
 }
 

@@ -8,8 +8,8 @@
 namespace KOVResult {
 
 // Append a number. Floats have six significant digits at most and a '.', whatever the locale: the bytes are
-// those of QString::arg(value). The sign of a NaN is not written.
-void appendNumber(std::string& text, double value);
+// those of QString::arg(value). Neither a NaN nor a zero has a sign.
+void appendNumber(std::string& text, float value);
 void appendNumber(std::string& text, int value);
 
 // Read a number; white space around it is skipped, and what is no number, or an integer outside 32 bits, is

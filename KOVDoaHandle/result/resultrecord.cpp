@@ -194,8 +194,12 @@ bool readFields(ByteCursor& cursor, EngMapResult& frame, std::size_t maxPeaks)
             continue;
         }
         line.remove_prefix(fieldMark.size());
-        const std::size_t keyEnd = std::min(line.find(':'), line.size());
-        const std::string_view value = line.substr(std::min(keyEnd + 1, line.size()));
+        const std::size_t keyEnd = line.find(':');
+        if (keyEnd == std::string_view::npos) {
+            // Without its value a key says nothing; at the end of a torn file it may even be half of another key.
+            continue;
+        }
+        const std::string_view value = line.substr(keyEnd + 1);
         const RuleSet met = rulesFor(line.substr(0, keyEnd));
 
         readScalars(met, value, frame);

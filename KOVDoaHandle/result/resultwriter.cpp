@@ -26,7 +26,7 @@ void appendKey(std::string& bytes, std::string_view key)
 void appendLevel(std::string& bytes, std::string_view key, float level)
 {
     appendKey(bytes, key);
-    appendNumber(bytes, static_cast<double>(level));
+    appendNumber(bytes, level);
     bytes += lineEnd;
 }
 
@@ -40,7 +40,7 @@ void appendCount(std::string& bytes, std::string_view key, int count)
 void appendPoint(std::string& bytes, std::string_view key, const fpoint2d& point)
 {
     appendKey(bytes, key);
-    appendNumber(bytes, static_cast<double>(point.value));
+    appendNumber(bytes, point.value);
     for (const int coordinate : {point.row, point.col}) {
         bytes += ' ';
         appendNumber(bytes, coordinate);
@@ -50,7 +50,7 @@ void appendPoint(std::string& bytes, std::string_view key, const fpoint2d& point
 
 void appendPeak(std::string& bytes, const TargetPoint& peak)
 {
-    appendNumber(bytes, static_cast<double>(peak.value));
+    appendNumber(bytes, peak.value);
     for (const int number : {peak.row, peak.col, peak.id, peak.life, peak.matched ? 1 : 0}) {
         bytes += ' ';
         appendNumber(bytes, number);
