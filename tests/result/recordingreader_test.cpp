@@ -144,6 +144,36 @@ TEST_F(RecordingReader, ReadsBlocksThatContainLineEndsAndMarks)
     }
 }
 
+TEST_F(RecordingReader, GivesBackMapsThatAreFarLargerThanTheUsualOnes)
+{
+    for (const auto& [rows, cols] : {std::pair{301, 299}, std::pair{1, 400'003}, std::pair{70'001, 3}}) {
+        SCOPED_TRACE(::testing::Message() << rows << " x " << cols);
+        const Result first = makeResult(rows, cols, 200'000, 1);
+        const Result second = makeResult(rows, cols, 200'000, 2);
+        record({first.get(), second.get()}, rows, cols, 200'000);
+
+        Loaded loaded(folder.file(), folder.cache());
+
+        ASSERT_EQ(loaded.frames(), 2);
+        EXPECT_TRUE(mapValues(loaded.frame(0)) == mapValues(*first));
+        EXPECT_TRUE(spectrumValues(loaded.frame(0)) == spectrumValues(*first));
+        EXPECT_TRUE(mapValues(loaded.frame(1)) == mapValues(*second));
+        EXPECT_TRUE(spectrumValues(loaded.frame(1)) == spectrumValues(*second));
+        EXPECT_EQ(loaded.frame(1).median, second->median);
+    }
+}
+
+TEST_F(RecordingReader, SkipsLongStretchesThatNameNoField)
+{
+    for (const int length : {100, 131'071, 131'072, 131'073, 1'048'575, 1'048'576, 1'048'577, 5'000'000}) {
+        SCOPED_TRACE(length);
+        Loaded loaded = loadRecord(QByteArray(length, 'x') + "\r\n**median:2.5\r\n");
+
+        ASSERT_EQ(loaded.frames(), 1);
+        EXPECT_EQ(loaded.frame(0).median, 2.5F);
+    }
+}
+
 TEST_F(RecordingReader, AddsNoPeakForACountOfZero)
 {
     Loaded loaded = loadRecord("**peaks:0\r\n1 2 3 4 5 1\r\n");
