@@ -1,6 +1,8 @@
 // kovdoa render into a folder, as a child process.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <nlohmann/json.hpp>
 #include <opencv2/imgcodecs.hpp>
 
@@ -188,6 +190,22 @@ TEST(Render, LeavesThePictureOutsideTheRegionAlone)
     EXPECT_GT(cv::norm(region(cv::Rect(105, 100, 40, 40)), cv::NORM_INF), 0.0);
 }
 
+TEST(Render, SearchesTheMapInTheVeryRegionThatThePictureShows)
+{
+    // The region is higher than wide: 3 columns to either side of the middle, 4.5 rows up and down. The louder of the
+    // two places lies beside it, the weaker one in its upper part.
+    const Sandbox sandbox;
+    writeRecording(sandbox / "a.kov", 1, 12, 16, [](int, int row, int col) {
+        return std::max(0.5F * hill(3, 8, row, col), hill(6, 15, row, col));
+    });
+
+    firstPicture(sandbox, {"--plain", "--palette", "grey", "--radius", "60", "--radius-size", "320x160"});
+
+    const cv::Point2d found = brightestPlace(sandbox / "frames/frame-00001.png");
+    EXPECT_NEAR(found.x, 8.5 * 20.0, 10.0);
+    EXPECT_NEAR(found.y, 3.5 * 20.0, 10.0);
+}
+
 TEST(Render, ColoursOutsideTheRegionWhenAsked)
 {
     const Sandbox sandbox;
@@ -267,7 +285,9 @@ TEST(Render, ShowsTheStrongestSimulatedSourceWhereItIs)
               0);
     ASSERT_EQ(sandbox.run(render({"--plain", "--palette", "grey", "--dynamic", "1"})).status, 0);
 
-    for (const json& frame : json::parse(readFile(sandbox / "truth.json"))["frames"]) {
+    const json truth = json::parse(readFile(sandbox / "truth.json"));
+    ASSERT_EQ(truth["frames"].size(), 8U);
+    for (const json& frame : truth["frames"]) {
         const std::string name = "frames/frame-0000" + std::to_string(frame["frame"].get<int>()) + ".png";
         const cv::Point2d found = brightestPlace(sandbox / name);
         // Random amplitudes may lift a source that is a little weaker above the strongest one.
