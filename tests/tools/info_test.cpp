@@ -54,6 +54,17 @@ TEST(Info, TellsEverythingInJson)
     EXPECT_EQ(info["peaks"]["stored"], 0);
 }
 
+TEST(Info, SaysThatItsAnswerCouldNotBeWritten)
+{
+    const Sandbox sandbox;
+    writeSample(sandbox);
+
+    const Outcome outcome = sandbox.runInto("/dev/full", {"info", "a.kov"});
+
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_TRUE(kovtools::tests::isOneSentence(outcome.err)) << outcome.err;
+}
+
 TEST(Info, SaysThatTheDurationIsAnAssumption)
 {
     const Sandbox sandbox;

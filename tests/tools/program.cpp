@@ -105,6 +105,21 @@ Outcome Sandbox::runAndSignal(const std::vector<std::string>& arguments, int sig
     return outcome;
 }
 
+Outcome Sandbox::runInto(const std::string& outFile, const std::vector<std::string>& arguments) const
+{
+    const QTemporaryDir side;
+    const std::string errFile = side.path().toStdString() + errName;
+    const int out = openForWriting(outFile);
+    const int err = openForWriting(errFile);
+    const pid_t child = start(m_path, arguments, out, err);
+    close(out);
+    close(err);
+    Outcome outcome;
+    outcome.status = waitFor(child);
+    outcome.err = readFile(errFile);
+    return outcome;
+}
+
 Outcome Sandbox::runOnTerminal(const std::vector<std::string>& arguments) const
 {
     int master = -1;

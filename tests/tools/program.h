@@ -33,6 +33,9 @@ public:
     // Runs the program here and waits. stdout and stderr go to files.
     Outcome run(const std::vector<std::string>& arguments) const;
 
+    // The same with stdout in a file outside this directory, such as a device.
+    Outcome runInto(const std::string& outFile, const std::vector<std::string>& arguments) const;
+
     // The same with stderr on a terminal.
     Outcome runOnTerminal(const std::vector<std::string>& arguments) const;
 

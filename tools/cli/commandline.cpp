@@ -56,7 +56,9 @@ std::string oneLine(std::string text)
 int run(const Action& action, const CommonOptions& common)
 {
     try {
-        return action(common);
+        const ExitStatus status = action(common);
+        std::cout.flush();
+        return std::cout ? status : complain("cannot write to standard output", EXIT_BAD_DATA);
     } catch (const UsageError& error) {
         return complain(error.what(), EXIT_BAD_USAGE);
     } catch (const DataError& error) {

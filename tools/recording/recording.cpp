@@ -31,8 +31,10 @@ Recording::Recording(const std::filesystem::path& path)
     if (m_scan.completeRecords == 0) {
         return;  // and nothing is handed to the library that has nothing to load from it
     }
-    Workspace::link(m_path, "recording.kov");
-    m_handle.reset(createResultSerializeHandle("recording.kov", "cache"));
+    static int serial = 0;
+    const std::string name = "recording-" + std::to_string(++serial) + ".kov";
+    Workspace::link(m_path, name);
+    m_handle.reset(createResultSerializeHandle(name.c_str(), "cache"));
     while (!getIsOpenFileComplete(m_handle.get())) {
         std::this_thread::sleep_for(pollInterval);
     }

@@ -37,7 +37,7 @@ Workspace::~Workspace()
     fs::current_path(m_home, ignored);
 }
 
-void Workspace::link(const fs::path& target, const char* name)
+void Workspace::link(const fs::path& target, const std::string& name)
 {
     std::error_code error;
     fs::create_symlink(target, name, error);

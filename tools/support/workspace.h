@@ -5,6 +5,7 @@
 #include <QtCore/QTemporaryDir>
 
 #include <filesystem>
+#include <string>
 
 namespace kovtools {
 
@@ -26,7 +27,7 @@ public:
     Workspace& operator=(const Workspace&) = delete;
 
     // Makes `target` (absolute) reachable as `name` in the working directory. Throws DataError.
-    static void link(const std::filesystem::path& target, const char* name);
+    static void link(const std::filesystem::path& target, const std::string& name);
 
     // Copies the library's log to where the user wants it; without such a wish does nothing. Throws
     // DataError.
