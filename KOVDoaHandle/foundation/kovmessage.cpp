@@ -74,8 +74,8 @@ void qtMessage(QtMsgType type, const QMessageLogContext& context, const QString&
 }
 
 #if defined(__GNUC__)
-#  pragma GCC diagnostic push
-#  pragma GCC diagnostic ignored "-Wformat-security"
+#    pragma GCC diagnostic push
+#    pragma GCC diagnostic ignored "-Wformat-security"
 #endif
 void doaMessage(const char* file, int line, const char* function, const char* message)
 {
@@ -83,5 +83,5 @@ void doaMessage(const char* file, int line, const char* function, const char* me
     QMessageLogger(file, line, function, "default").debug(message);
 }
 #if defined(__GNUC__)
-#  pragma GCC diagnostic pop
+#    pragma GCC diagnostic pop
 #endif

@@ -21,7 +21,8 @@ std::size_t countOf(int size)
 void reportNegative(const char* function, int first, int second)
 {
     if (first < 0 || second < 0) {
-        reportDoaMessage("containers", __LINE__, function, "a negative size was asked for; the record is empty");
+        reportDoaMessage("containers", __LINE__, function,
+                         "a negative size was asked for; the record is empty");
     }
 }
 

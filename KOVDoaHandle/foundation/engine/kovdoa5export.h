@@ -3,13 +3,13 @@
 #define KOVDOA5_EXPORT_H
 
 #if defined(__MINGW32__) || defined(_MSC_VER)
-#  ifdef KOVDOA5_BUILD
-#    define KOVDOA5_EXPORT __declspec(dllexport)
-#  else
-#    define KOVDOA5_EXPORT __declspec(dllimport)
-#  endif
+#    ifdef KOVDOA5_BUILD
+#        define KOVDOA5_EXPORT __declspec(dllexport)
+#    else
+#        define KOVDOA5_EXPORT __declspec(dllimport)
+#    endif
 #else
-#  define KOVDOA5_EXPORT __attribute__((visibility("default")))
+#    define KOVDOA5_EXPORT __attribute__((visibility("default")))
 #endif
 
 #endif
