@@ -1,7 +1,7 @@
 // Fields are recognised by what their key contains, and one line may fill several. In particular the
 // "maxSplExternView" line also fills maxSplExtern, overwriting what the "maxSplExtern" line before it has
-// set; hosts rely on playback showing the view values there. maxSpl and minSpl are compared whole and so keep
-// their own.
+// set. This is deliberate, so that a recording shows the same values in every release. maxSpl and minSpl are compared whole and so
+// keep their own.
 #include <KOVDoaHandle/result/resultrecord_p.h>
 
 #include <algorithm>
