@@ -14,16 +14,12 @@
 #ifndef KOVDOA_API_IMAGER_H
 #define KOVDOA_API_IMAGER_H
 
+#include <KOVDoaHandle/api/handles.h>
 #include <KOVDoaHandle/foundation/engine/containers.h>
 #include <KOVDoaHandle/foundation/kovdoaexport.h>
 
 #ifdef __cplusplus
-struct EngMapResult;
-class KOVOFFLineDoaObject;
 extern "C" {
-#else
-typedef struct EngMapResult EngMapResult;
-typedef struct KOVOFFLineDoaObject KOVOFFLineDoaObject;
 #endif
 
 /* Creates an imager; the caller frees it with ReleaseDoaObject (which ignores a null handle). */

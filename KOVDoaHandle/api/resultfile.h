@@ -15,15 +15,11 @@
 #    include <stdbool.h>
 #endif
 
+#include <KOVDoaHandle/api/handles.h>
 #include <KOVDoaHandle/foundation/kovdoaexport.h>
 
 #ifdef __cplusplus
-struct EngMapResult;
-class KOVDoaResultSerialize;
 extern "C" {
-#else
-typedef struct EngMapResult EngMapResult;
-typedef struct KOVDoaResultSerialize KOVDoaResultSerialize;
 #endif
 
 /* Starts loading a recording on a worker thread and returns at once.

@@ -11,14 +11,12 @@
 #ifndef KOVDOA_API_RESULTS_H
 #define KOVDOA_API_RESULTS_H
 
+#include <KOVDoaHandle/api/handles.h>
 #include <KOVDoaHandle/foundation/engine/containers.h>
 #include <KOVDoaHandle/foundation/kovdoaexport.h>
 
 #ifdef __cplusplus
-struct EngMapResult;
 extern "C" {
-#else
-typedef struct EngMapResult EngMapResult;
 #endif
 
 /* Creates a frame with every field zero and no peaks.
