@@ -91,7 +91,7 @@ public:
     void updateImagerRGB(EngMapResult* result, mat1d_uint8* image);
 
 private:
-    class Private;
+    class KOVDOA_LOCAL Private;
     std::unique_ptr<Private> d;
 };
 

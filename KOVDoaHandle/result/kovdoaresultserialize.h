@@ -86,7 +86,7 @@ public:
     void my_destroy_vec_fp32(vec_fp32* vector);
 
 private:
-    class Private;
+    class KOVDOA_LOCAL Private;
     std::unique_ptr<Private> d;
 };
 

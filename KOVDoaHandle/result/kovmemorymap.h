@@ -36,7 +36,7 @@ public:
     void MapFree(void* p);
 
 private:
-    class Private;
+    class KOVDOA_LOCAL Private;
     std::unique_ptr<Private> d;
 };
 

@@ -54,11 +54,9 @@ def loud_imports(names):
 
 def own_exports(names):
     """What the library offers its hosts: not the marks of the linker, nor templates and inline functions of the standard
-    library of which every user has its own copy, nor the state of an exported class (its nested class Private), which
-    no host can name."""
+    library of which every user has its own copy."""
     marks = ("_init", "_fini", "_edata", "_end", "__bss_start")
-    kept = demangled([name for name in names if name not in marks and not FROM_STANDARD_LIBRARY.match(name)])
-    return sorted({name for name in kept if "::Private::" not in name})
+    return sorted(set(demangled([name for name in names if name not in marks and not FROM_STANDARD_LIBRARY.match(name)])))
 
 
 def main():
