@@ -1,6 +1,19 @@
 // Thin accessors over the numeric records: each forwards to the engine or is one load or store.
 #include <KOVDoaHandle/api/containers.h>
 
+#include <cstddef>
+
+namespace {
+
+// 64 bits: a picture may have more elements than an int can count.
+template <typename Matrix>
+std::ptrdiff_t indexOf(const Matrix& matrix, int row, int col)
+{
+    return static_cast<std::ptrdiff_t>(row) * matrix.cols + col;
+}
+
+}  // namespace
+
 vec_fp32* createVecFp32(int len)
 {
     return create_vec_fp32(len);
@@ -128,12 +141,12 @@ uint8_t* getMat1dUint8Data(mat1d_uint8* matrix)
 
 uint8_t getMat1dUint8Value(mat1d_uint8* matrix, int row, int col)
 {
-    return matrix->data[row * matrix->cols + col];
+    return matrix->data[indexOf(*matrix, row, col)];
 }
 
 void setMat1dUint8Value(mat1d_uint8* matrix, int row, int col, uint8_t value)
 {
-    matrix->data[row * matrix->cols + col] = value;
+    matrix->data[indexOf(*matrix, row, col)] = value;
 }
 
 mat1d_fp32* createMat1dFp32(int rows, int cols)
@@ -163,12 +176,12 @@ float* getMat1dFp32Data(mat1d_fp32* matrix)
 
 float getMat1dFp32Value(mat1d_fp32* matrix, int row, int col)
 {
-    return matrix->data[row * matrix->cols + col];
+    return matrix->data[indexOf(*matrix, row, col)];
 }
 
 void setMat1dFp32Value(mat1d_fp32* matrix, int row, int col, float value)
 {
-    matrix->data[row * matrix->cols + col] = value;
+    matrix->data[indexOf(*matrix, row, col)] = value;
 }
 
 mat1d_short* createMat1dInt16(int rows, int cols)
@@ -198,12 +211,12 @@ int16_t* getMat1dInt16Data(mat1d_short* matrix)
 
 int16_t getMat1dInt16Value(mat1d_short* matrix, int row, int col)
 {
-    return matrix->data[row * matrix->cols + col];
+    return matrix->data[indexOf(*matrix, row, col)];
 }
 
 void setMat1dInt16Value(mat1d_short* matrix, int row, int col, int16_t value)
 {
-    matrix->data[row * matrix->cols + col] = value;
+    matrix->data[indexOf(*matrix, row, col)] = value;
 }
 
 mat2d_short* createMat2dInt16(int rows, int cols)
