@@ -5,7 +5,6 @@
 // the destructor waits there, so that an object may be destroyed at any time.
 #include <KOVDoaHandle/result/kovdoaresultserialize.h>
 
-#include <QtCore/QFile>
 #include <QtCore/QVariant>
 
 #include <algorithm>
@@ -22,9 +21,9 @@
 #include <KOVDoaHandle/foundation/kovlog_p.h>
 #include <KOVDoaHandle/imaging/engmapresult.h>
 #include <KOVDoaHandle/result/cachecontainers_p.h>
-#include <KOVDoaHandle/result/filename_p.h>
 #include <KOVDoaHandle/result/kovmemorymap.h>
 #include <KOVDoaHandle/result/loadgate_p.h>
+#include <KOVDoaHandle/result/recordingfile_p.h>
 #include <KOVDoaHandle/result/recordingstream_p.h>
 #include <KOVDoaHandle/result/resultcursor_p.h>
 #include <KOVDoaHandle/result/resultformat_p.h>
@@ -71,23 +70,6 @@ bool contains(std::string_view text, std::string_view part)
 int spectrumLength(int fftLen)
 {
     return fftLen / 2 + 1;
-}
-
-// Appends `bytes` to the file as a whole or not at all: half a record would spoil the ones that follow it.
-void appendToFile(const QString& path, const std::string& bytes)
-{
-    QFile file(path);
-    if (!KOVResult::isFileName(path) ||
-        !file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered)) {
-        return;
-    }
-    const qint64 sizeBefore = file.pos();
-    const auto length = static_cast<qint64>(bytes.size());
-    if (file.write(bytes.data(), length) != length) {
-        file.resize(sizeBefore);
-    }
-    file.flush();
-    file.close();
 }
 
 }  // namespace
@@ -180,12 +162,8 @@ void KOVDoaResultSerialize::startSave(const QString& path, int resRows, int resC
     d->fftLen = fftLen;
     d->filePath = path;
 
-    QFile file(path);
-    if (!KOVResult::isFileName(path) || !file.open(QIODevice::ReadWrite | QIODevice::Truncate)) {
-        return;
-    }
-    file.write(KOVResult::headerText({resRows, resCols, imgRows, imgCols, fftLen}).toLocal8Bit());
-    file.close();
+    KOVResult::startFile(path,
+                         KOVResult::headerText({resRows, resCols, imgRows, imgCols, fftLen}).toLocal8Bit());
 }
 
 void KOVDoaResultSerialize::Save(EngMapResult* result)
@@ -194,7 +172,7 @@ void KOVDoaResultSerialize::Save(EngMapResult* result)
     ++d->frameNumber;
     d->record.clear();
     KOVResult::appendRecord(d->record, d->frameNumber, *result);
-    appendToFile(d->filePath, d->record);
+    KOVResult::appendToFile(d->filePath, d->record);
 }
 
 // ---- Loading ----

@@ -41,10 +41,11 @@ public:
 
     // Starts loading a recording on a worker thread and returns at once; IsOpenFileComplete() tells the end.
     // A file that is missing or is no recording gives no frames; from a damaged one every record before the
-    // damage is kept. Frames of an earlier load stay in the list: use one load per object.
+    // damage is kept. Frames of an earlier load stay in the list: use one load per object. The thread's own
+    // object is deleted in the event loop of the calling thread; without one it stays, a few hundred bytes a load.
     void openResultFile(const QString& path);
 
-    // True once the load has ended. The object may be destroyed from then on.
+    // True once the load has ended.
     bool IsOpenFileComplete();
 
     // Number of frames loaded so far.

@@ -1,0 +1,35 @@
+#include <KOVDoaHandle/result/recordingfile_p.h>
+
+#include <QtCore/QFile>
+
+#include <KOVDoaHandle/result/filename_p.h>
+
+namespace KOVResult {
+
+void startFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    if (!isFileName(path) || !file.open(QIODevice::ReadWrite | QIODevice::Truncate)) {
+        return;
+    }
+    file.write(bytes);
+    file.close();
+}
+
+void appendToFile(const QString& path, const std::string& bytes)
+{
+    QFile file(path);
+    // Unbuffered, because the bytes come in one piece.
+    if (!isFileName(path) || !file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered)) {
+        return;
+    }
+    const qint64 sizeBefore = file.pos();
+    const auto length = static_cast<qint64>(bytes.size());
+    if (file.write(bytes.data(), length) != length) {
+        file.resize(sizeBefore);  // the disk is full
+    }
+    file.flush();
+    file.close();
+}
+
+}  // namespace KOVResult
