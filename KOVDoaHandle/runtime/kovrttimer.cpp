@@ -50,9 +50,11 @@ void KOVRtTimer::reset()
 
 bool KOVRtTimer::sleepToNextTime()
 {
-    if (monotonicNow() > m_next) {
+    const timespec now = monotonicNow();
+    if (now > m_next) {
         // Late: catching up would make the following periods too short.
-        reset();
+        m_next = now;
+        add_timespec(&m_next, nanoseconds(m_intervalUs));
         return false;
     }
     // The system call refuses a nanosecond part of a whole second, which add_timespec() may leave behind.

@@ -77,9 +77,10 @@ QVariant& KOVThread::ThreadData()
 
 void KOVThread::setLabel(QString label)
 {
-    if (isRunning()) {
-        // A thread that is just starting reads its own object name, unlocked, before it reaches run().
-        m_threadId.wait(nullptr);
+    // A thread that is just starting reads its own object name, unlocked, before it reaches run(). That takes
+    // microseconds; and what runs on the thread itself, such as a slot of started(), comes after it.
+    while (isRunning() && m_threadId == nullptr && QThread::currentThread() != this) {
+        QThread::yieldCurrentThread();
     }
     setObjectName(label);
     const std::lock_guard lock(m_labelMutex);
@@ -137,7 +138,6 @@ bool KOVThread::invokeThroughSync(const std::function<void()>& f, Qt::Connection
 void KOVThread::run()
 {
     m_threadId = QThread::currentThreadId();
-    m_threadId.notify_all();
     if (m_callback) {
         m_busy = true;
         m_callback(this);

@@ -60,7 +60,6 @@ public:
     bool isAutoDelete();
 
     void setThreadData(QVariant& data);
-    QVariant& ThreadData() override;
 
     // The label is what sigCompleted() carries; setting it sets the object name too. "NULL" at first.
     void setLabel(QString label);
@@ -69,8 +68,10 @@ public:
     // True while a callback or an invoked function executes. May be stale by the time it is read.
     bool IsBusy();
 
+    // In this order: it is that of the slots that hosts see behind QThread's.
     KOVThread* Thread() override;
     Qt::HANDLE ThreadId() override;
+    QVariant& ThreadData() override;
     int exec() override;
 
     // Runs `f` on this thread's event loop and waits until it has returned. The thread must run an event

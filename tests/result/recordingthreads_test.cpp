@@ -3,8 +3,13 @@
 
 #include <atomic>
 #include <latch>
+#include <mutex>
 #include <numeric>
+#include <string>
 #include <thread>
+#include <vector>
+
+#include <KOVDoaHandle/runtime/kovthread.h>
 
 #include "resulttesting.h"
 
@@ -192,6 +197,42 @@ TEST_F(RecordingThreads, LoadSeveralObjectsAtOnceIntoOneCacheFolder)
         EXPECT_EQ(recording->getResultFrame(), frames);
     }
     EXPECT_EQ(folder.cacheFiles(), 4);
+}
+
+// What a message handler sees of the thread that loads.
+struct LoaderThread
+{
+    std::string name;
+    std::string label;
+    bool autoDeletes = false;
+    bool hasData = true;
+};
+
+std::mutex loaderMutex;
+std::vector<LoaderThread> loaderThreads;
+
+TEST_F(RecordingThreads, LoadOnASelfDeletingThreadNamedKOVThread)
+{
+    loaderThreads.clear();
+    const QtMessageHandler before =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {
+            if (auto* thread = qobject_cast<KOVThread*>(QThread::currentThread())) {
+                const std::lock_guard lock(loaderMutex);
+                loaderThreads.push_back({thread->objectName().toStdString(), thread->getLabel().toStdString(),
+                                         thread->isAutoDelete(), thread->ThreadData().isValid()});
+            }
+        });
+    {
+        KOVDoaResultSerialize recording(folder.cache());
+        recording.openResultFile(folder.file());
+    }
+    qInstallMessageHandler(before);
+
+    ASSERT_FALSE(loaderThreads.empty());
+    EXPECT_EQ(loaderThreads.front().name, "KOVThread");
+    EXPECT_EQ(loaderThreads.front().label, "NULL");
+    EXPECT_TRUE(loaderThreads.front().autoDeletes);
+    EXPECT_FALSE(loaderThreads.front().hasData);
 }
 
 }  // namespace

@@ -8,6 +8,8 @@
 #include <QtCore/QPointer>
 
 #include <atomic>
+#include <cstddef>
+#include <cstring>
 #include <latch>
 #include <mutex>
 #include <thread>
@@ -217,6 +219,40 @@ TEST(KOVThread, SetsTheObjectNameTogetherWithTheLabel)
 
     EXPECT_EQ(thread.getLabel(), "reader %1");
     EXPECT_EQ(thread.objectName(), "reader %1");
+}
+
+#if defined(__GNUC__) && defined(__x86_64__)
+// Where a virtual function stands in its class's table, as the platform's member pointers tell it.
+template <typename Member>
+std::ptrdiff_t tableOffset(Member member)
+{
+    std::ptrdiff_t offset = 0;
+    std::memcpy(&offset, &member, sizeof offset);
+    return offset;
+}
+
+TEST(KOVThread, AddsItsFourFunctionsToTheTableInTheAgreedOrder)
+{
+    constexpr auto slot = static_cast<std::ptrdiff_t>(sizeof(void*));
+    const std::ptrdiff_t first = tableOffset(&KOVThread::Thread);
+
+    EXPECT_EQ(tableOffset(&KOVThread::ThreadId), first + slot);
+    EXPECT_EQ(tableOffset(&KOVThread::ThreadData), first + 2 * slot);
+    EXPECT_EQ(tableOffset(&KOVThread::exec), first + 3 * slot);
+}
+#endif
+
+TEST(KOVThread, TakesALabelFromASlotThatRunsAsItStarts)
+{
+    KOVThread thread(nullptr);
+    thread.setCallback([](KOVThreadInfo*) {});
+    QObject::connect(
+        &thread, &QThread::started, &thread, [&thread] { thread.setLabel("early"); }, Qt::DirectConnection);
+
+    thread.start();
+    ASSERT_TRUE(thread.wait(10'000));
+
+    EXPECT_EQ(thread.getLabel(), "early");
 }
 
 TEST(KOVThreadRun, GivesTheObjectItsNameButLeavesTheLabel)
