@@ -44,7 +44,7 @@ KOVDOA_EXPORT float DoaObjectGetMinPreSdLever(KOVOFFLineDoaObject* imager);
 
 /* Region of interest: an ellipse around the middle of the picture with the half-axes, in pixels,
  * width * radius / (p * k) and height * radius / (q * k); k follows from the image scale. A radius of 0 or less
- * means no region; the getter then returns -1. The half-axes must reach one pixel: with a smaller region the call
+ * means no region; the getter then returns -1. Both half-axes must be more than one pixel: a smaller region
  * ends in a C++ exception. The getter drops the radius's fraction. */
 KOVDOA_EXPORT void DoaObjectSetRadius(KOVOFFLineDoaObject* imager, int radius, int p, int q);
 KOVDOA_EXPORT int DoaObjectGetRadius(KOVOFFLineDoaObject* imager);
@@ -63,7 +63,7 @@ KOVDOA_EXPORT int DoaObjectGetMultCursorEnable(KOVOFFLineDoaObject* imager);
 KOVDOA_EXPORT void DoaObjectSetIsImagerOutSideRadiusShow(KOVOFFLineDoaObject* imager, int enable);
 KOVDOA_EXPORT int DoaObjectGetIsImagerOutSideRadiusShow(KOVOFFLineDoaObject* imager);
 
-/* Zoom of the camera picture (1 at first); the region of interest follows it. */
+/* Zoom of the camera picture (1 at first), above 0; the region of interest follows it, and must stay large enough. */
 KOVDOA_EXPORT void DoaObjectSetImageScale(KOVOFFLineDoaObject* imager, float scale);
 KOVDOA_EXPORT float DoaObjectGetImageScale(KOVOFFLineDoaObject* imager);
 

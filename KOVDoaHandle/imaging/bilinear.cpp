@@ -63,6 +63,13 @@ RowBlend BilinearRows::at(int row)
     return {m_upper, m_lower, m_rows.lower[index], m_rows.upper[index]};
 }
 
+void BilinearRows::blendInto(int row, float* destination)
+{
+    const RowBlend blend = at(row);
+    pixelKernels().blendRows(blend.upperRow, blend.lowerRow, blend.upperWeight, blend.lowerWeight,
+                             destination, m_cols.destinationSize);
+}
+
 // The weights would give the same, but for neighbours that are infinite: 0 * infinity is not a number.
 RowBlend BilinearRows::sourceRowItself(int row) const
 {

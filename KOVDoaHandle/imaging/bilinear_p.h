@@ -45,6 +45,9 @@ public:
     // The blend for destination row `row`; valid until the next call.
     RowBlend at(int row);
 
+    // The blended row itself: the destination's columns.
+    void blendInto(int row, float* destination);
+
 private:
     RowBlend sourceRowItself(int row) const;
     void interpolate(int sourceRow, float* destination) const;

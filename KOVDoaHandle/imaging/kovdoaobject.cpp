@@ -3,7 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
+#include <cstdint>
 #include <limits>
 #include <mutex>
 #include <vector>
@@ -75,6 +75,13 @@ LevelRange colourRange(float highest, float dynamic, float minimumLevel, float o
     return range;
 }
 
+void copyMap(const mat2d_fp32& source, mat2d_fp32& destination)
+{
+    for (int row = 0; row < source.rows; ++row) {
+        std::copy_n(source.data[row], source.cols, destination.data[row]);
+    }
+}
+
 std::size_t byteCount(const mat1d_uint8& image)
 {
     return static_cast<std::size_t>(std::max(image.rows, 0)) *
@@ -102,7 +109,7 @@ public:
     int init(int scaleA, int scaleB, int pictureWidth, int pictureHeight);
     void setRadius(float newRadius, int p, int q);
 
-    void render(KOVOFFLineDoaObject& object, EngMapResult& result, mat1d_uint8& image);
+    void render(EngMapResult& result, mat1d_uint8& image);
 
     int width = 640;  // of the camera picture and of the overlay
     int height = 480;
@@ -126,14 +133,14 @@ public:
 private:
     int cursorCount(const EngMapResult& result) const;
     Points choosePoints(EngMapResult& result) const;
-    void copyToWorkingMap(KOVOFFLineDoaObject& object, EngMapResult& result);
+    void copyToWorkingMap(const mat2d_fp32& map);
     bool regress(const std::vector<fpoint2d>& cursors);
     void findExtremes(EngMapResult& result);
     void removeMedian(EngMapResult& result);
     void paint(const EngMapResult& result, const Points& points, bool regressed, std::uint8_t* picture);
     const KOVPrivate::Palette& palette() const;
 
-    KOVPrivate::Region region{480};
+    KOVPrivate::Region region{height};
     KOVPrivate::OverlayPainter painter;
     OwnedMap workingMap;  // the frame's map after copy, regression and median removal
     std::vector<std::uint8_t> scratchPicture;
@@ -190,7 +197,7 @@ int KOVOFFLineDoaObject::Private::cursorCount(const EngMapResult& result) const
     if (count < 1) {
         return count;
     }
-    if (multCursorEnable && result.firstPointInRadius) {
+    if (multCursorEnable && result.firstPointInRadius && count < std::numeric_limits<int>::max()) {
         ++count;
     }
     return hasRegion() && !outsideShown ? 1 : count;
@@ -221,13 +228,12 @@ KOVOFFLineDoaObject::Private::Points KOVOFFLineDoaObject::Private::choosePoints(
     return points;
 }
 
-void KOVOFFLineDoaObject::Private::copyToWorkingMap(KOVOFFLineDoaObject& object, EngMapResult& result)
+void KOVOFFLineDoaObject::Private::copyToWorkingMap(const mat2d_fp32& map)
 {
-    mat2d_fp32& map = *result.ResEngMap;
     if (workingMap == nullptr || workingMap->rows != map.rows || workingMap->cols != map.cols) {
         workingMap.reset(create_mat2d_fp32(map.rows, map.cols));
     }
-    object.matcopy(&map, workingMap.get());
+    copyMap(map, *workingMap);
 }
 
 // Replaces the map by bumps around the cursors when several are shown; returns whether it did.
@@ -306,30 +312,29 @@ void KOVOFFLineDoaObject::Private::paint(const EngMapResult& result, const Point
     }
 }
 
-void KOVOFFLineDoaObject::Private::render(KOVOFFLineDoaObject& object, EngMapResult& result,
-                                          mat1d_uint8& image)
+void KOVOFFLineDoaObject::Private::render(EngMapResult& result, mat1d_uint8& image)
 {
+    const std::size_t imageBytes = byteCount(image);
     // A damaged recording may hold maps without cells: there is nothing to search or to colour in them.
     const mat2d_fp32& map = *result.ResEngMap;
     if (map.rows < 1 || map.cols < 1 || map.data == nullptr) {
-        std::memset(image.data, 0, byteCount(image));
+        std::fill_n(image.data, imageBytes, std::uint8_t{0});
         return;
     }
     const Points points = choosePoints(result);
-    copyToWorkingMap(object, result);
+    copyToWorkingMap(map);
     const bool regressed = regress(points.cursors);
     findExtremes(result);
     removeMedian(result);
 
     // An image smaller than the picture receives the picture's first bytes.
-    const std::size_t imageBytes = byteCount(image);
     if (imageBytes >= pictureBytes()) {
         paint(result, points, regressed, image.data);
-        std::memset(image.data + pictureBytes(), 0, imageBytes - pictureBytes());
+        std::fill_n(image.data + pictureBytes(), imageBytes - pictureBytes(), std::uint8_t{0});
     } else {
         scratchPicture.resize(pictureBytes());
         paint(result, points, regressed, scratchPicture.data());
-        std::memcpy(image.data, scratchPicture.data(), imageBytes);
+        std::copy_n(scratchPicture.data(), imageBytes, image.data);
     }
 }
 
@@ -347,7 +352,7 @@ void KOVOFFLineDoaObject::setRadius(float radius, int p, int q)
     d->setRadius(radius, p, q);
 }
 
-float KOVOFFLineDoaObject::getRadius() const
+float KOVOFFLineDoaObject::getRadius()
 {
     return d->radius;
 }
@@ -357,7 +362,7 @@ void KOVOFFLineDoaObject::setDynamic(float dynamic)
     d->dynamic = dynamic;
 }
 
-float KOVOFFLineDoaObject::getDynamic() const
+float KOVOFFLineDoaObject::getDynamic()
 {
     return d->dynamic;
 }
@@ -367,7 +372,7 @@ void KOVOFFLineDoaObject::setMinPreSdLever(float level)
     d->minPreSdLever = level;
 }
 
-float KOVOFFLineDoaObject::getMinPreSdLever() const
+float KOVOFFLineDoaObject::getMinPreSdLever()
 {
     return d->minPreSdLever;
 }
@@ -377,7 +382,7 @@ void KOVOFFLineDoaObject::setCursorNum(int count)
     d->cursorNum = count;
 }
 
-int KOVOFFLineDoaObject::getCursorNum() const
+int KOVOFFLineDoaObject::getCursorNum()
 {
     return d->cursorNum;
 }
@@ -387,7 +392,7 @@ void KOVOFFLineDoaObject::setMultCursorEnable(bool enable)
     d->multCursorEnable = enable;
 }
 
-bool KOVOFFLineDoaObject::getMultCursorEnable() const
+bool KOVOFFLineDoaObject::getMultCursorEnable()
 {
     return d->multCursorEnable;
 }
@@ -397,7 +402,7 @@ void KOVOFFLineDoaObject::setIsImagerOutSideRadiusShow(bool enable)
     d->outsideShown = enable;
 }
 
-bool KOVOFFLineDoaObject::getIsImagerOutSideRadiusShow() const
+bool KOVOFFLineDoaObject::getIsImagerOutSideRadiusShow()
 {
     return d->outsideShown;
 }
@@ -407,7 +412,7 @@ void KOVOFFLineDoaObject::setPalletId(DOA_PALLET_ID palletId)
     d->palletId = palletId;
 }
 
-KOVOFFLineDoaObject::DOA_PALLET_ID KOVOFFLineDoaObject::getPalletId() const
+KOVOFFLineDoaObject::DOA_PALLET_ID KOVOFFLineDoaObject::getPalletId()
 {
     return d->palletId;
 }
@@ -420,20 +425,18 @@ void KOVOFFLineDoaObject::setImageScale(float scale)
     KOVDOA_DEBUG("kovdoaobject") << "KOVOFFLineDoaObject::setImageScale" << scale;
 }
 
-float KOVOFFLineDoaObject::getImageScale() const
+float KOVOFFLineDoaObject::getImageScale()
 {
     return d->imageScale;
 }
 
 void KOVOFFLineDoaObject::matcopy(mat2d_fp32* src, mat2d_fp32* dst)
 {
-    for (int row = 0; row < src->rows; ++row) {
-        std::copy_n(src->data[row], src->cols, dst->data[row]);
-    }
+    copyMap(*src, *dst);
 }
 
 void KOVOFFLineDoaObject::updateImagerRGB(EngMapResult* result, mat1d_uint8* image)
 {
     const std::lock_guard lock(d->renderMutex);
-    d->render(*this, *result, *image);
+    d->render(*result, *image);
 }

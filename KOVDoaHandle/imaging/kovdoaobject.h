@@ -43,38 +43,40 @@ public:
     // and, in map cells, mapScaleA * X / width along the rows' index and Y * mapScaleB / height along the columns'.
     //   radius  0 or less: no region (getRadius() then returns -1). The radius already set: nothing happens.
     //   p, q    the size that radius is measured against
-    // Throws cv::Exception when a half-axis is below one pixel (the radius is stored, the region mask left empty).
+    // Throws cv::Exception when a half-axis is one pixel or less (the radius is stored, the region left empty).
     void setRadius(float radius, int p, int q);
-    float getRadius() const;
+    float getRadius();
 
     // Dynamic range of the colour scale, dB. Not checked.
     void setDynamic(float dynamic);
-    float getDynamic() const;
+    float getDynamic();
 
     // Minimum level, linear, in the unit of the map: nothing below it is coloured, and it is the threshold of the
     // peak search. Not checked.
     void setMinPreSdLever(float level);
-    float getMinPreSdLever() const;
+    float getMinPreSdLever();
 
     // Number of cursors (strongest peaks) to use.
     void setCursorNum(int count);
-    int getCursorNum() const;
+    int getCursorNum();
 
     // Several cursors: the map is replaced by a smooth bump around each cursor before it is coloured.
     void setMultCursorEnable(bool enable);
-    bool getMultCursorEnable() const;
+    bool getMultCursorEnable();
 
     // Colours the map outside the region of interest too (with a range of its own).
     void setIsImagerOutSideRadiusShow(bool enable);
-    bool getIsImagerOutSideRadiusShow() const;
+    bool getIsImagerOutSideRadiusShow();
 
     void setPalletId(DOA_PALLET_ID palletId);
-    DOA_PALLET_ID getPalletId() const;
+    DOA_PALLET_ID getPalletId();
 
     // Zoom s of the camera picture. Recomputes the region with the factor k that follows from it: k = s below 2,
     // (s - 2) / 2 + 1 from 2, (s - 4) / 4 + 1 from 4. The steps back to 1 at 2 and at 4 are deliberate.
+    // With a region set it throws like setRadius() when the scale is not positive or leaves too small a region; the
+    // scale is stored all the same.
     void setImageScale(float scale);
-    float getImageScale() const;
+    float getImageScale();
 
     // Copies src's rows * cols cells into dst, row by row.
     void matcopy(mat2d_fp32* src, mat2d_fp32* dst);
@@ -86,8 +88,8 @@ public:
     //           black where nothing is shown. A smaller image receives the picture's first bytes, a larger one zeros
     //           behind them. The caller keeps owning it.
     // init() must have been called. A map without cells gives a black picture. Maps may change their size from frame
-    // to frame. Timing: allocates only when a size changes, peaks are searched or several cursors are on; locks the
-    // object's render mutex.
+    // to frame. Timing: allocates two short lists of points, and more only when a size changes, several cursors are
+    // on or a map has more than 16,384 cells; locks the object's render mutex.
     void updateImagerRGB(EngMapResult* result, mat1d_uint8* image);
 
 private:

@@ -30,9 +30,7 @@ void interpolate(const mat2d_fp32& source, int rows, int cols, Rows rowAt)
     std::vector<float> scratch;
     BilinearRows blends(source.data, rowAxis, colAxis, scratch);
     for (int row = 0; row < rows; ++row) {
-        const RowBlend blend = blends.at(row);
-        pixelKernels().blendRows(blend.upperRow, blend.lowerRow, blend.upperWeight, blend.lowerWeight,
-                                 rowAt(row), cols);
+        blends.blendInto(row, rowAt(row));
     }
 }
 
@@ -52,7 +50,8 @@ void forIndexedPieces(const mat1d_fp32& source, IndexRule rule, Paint paint)
 
 void clear(mat1d_uint8& image)
 {
-    std::memset(image.data, 0, static_cast<std::size_t>(image.rows) * static_cast<std::size_t>(image.cols));
+    std::fill_n(image.data, static_cast<std::size_t>(image.rows) * static_cast<std::size_t>(image.cols),
+                std::uint8_t{0});
 }
 
 void scaleToBgr(const mat1d_fp32& source, float min, float max, const Palette& palette,

@@ -27,7 +27,7 @@ KOVDOA_EXPORT void biLinearInterpolTrans(mat2d_fp32* src, mat1d_fp32* dst);
 // Colours each value v of `src` into one pixel of `dst`, in row-major order:
 //   v > max        the palette's last entry
 //   min < v <= max entry round((v - min) * (F / (max - min))), halves away from zero, F the last entry's index
-//   otherwise      black; also where v, min or max is not a number
+//   otherwise      black; so where v or max is not a number. With min not a number only v > max is coloured.
 // The whole of dst is zeroed first; it must hold src's rows * cols pixels of 3 bytes (blue, green, red) or, for the
 // forms with alpha, 4 bytes (every pixel's fourth byte becomes alpha, black ones included). With max not above min
 // no value lies between them: values above max get the last entry, the others black.

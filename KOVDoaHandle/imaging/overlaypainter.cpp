@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include <KOVDoaHandle/imaging/colourscale_p.h>
-#include <KOVDoaHandle/imaging/kovmapcolor.h>
 #include <KOVDoaHandle/imaging/pixelkernels_p.h>
 
 namespace KOVPrivate {
@@ -42,7 +41,12 @@ void OverlayPainter::setMap(mat2d_fp32& map)
     if (m_doubled == nullptr || m_doubled->rows != 2 * map.rows || m_doubled->cols != 2 * map.cols) {
         m_doubled.reset(create_mat2d_fp32(2 * map.rows, 2 * map.cols));
     }
-    biLinearInterpol(&map, m_doubled.get());
+    fitAxis(m_doubledRows, map.rows, m_doubled->rows);
+    fitAxis(m_doubledCols, map.cols, m_doubled->cols);
+    BilinearRows rows(map.data, m_doubledRows, m_doubledCols, m_scratch);
+    for (int row = 0; row < m_doubled->rows; ++row) {
+        rows.blendInto(row, m_doubled->data[row]);
+    }
     fitAxis(m_pictureRows, m_doubled->rows, m_height);
     fitAxis(m_pictureCols, m_doubled->cols, m_width);
 }

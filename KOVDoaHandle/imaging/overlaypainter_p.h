@@ -59,8 +59,10 @@ private:
     const Palette* m_palette = nullptr;
     std::vector<std::uint32_t> m_table;
 
-    OwnedMap m_doubled;  // the map at twice its rows and columns
-    BilinearAxis m_pictureRows;
+    OwnedMap m_doubled;          // the map at twice its rows and columns
+    BilinearAxis m_doubledRows;  // from the map to twice its size
+    BilinearAxis m_doubledCols;
+    BilinearAxis m_pictureRows;  // and on to the picture
     BilinearAxis m_pictureCols;
     std::vector<float> m_scratch;
     std::vector<std::int32_t> m_indices;    // one row

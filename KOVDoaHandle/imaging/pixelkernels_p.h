@@ -10,7 +10,7 @@
 
 namespace KOVPrivate {
 
-// How a level becomes an index into a ColourTable: 0 (black) where it is not above `floor`, otherwise
+// How a level becomes an index into the table of makeColourTable(): 0 (black) where it is not above `floor`, otherwise
 // 1 + round((level - floor) * scale), at most 1 + top.
 struct IndexRule
 {

@@ -5,6 +5,9 @@
 #include <QtCore/QDir>
 #include <QtCore/QTemporaryDir>
 
+#include <algorithm>
+#include <array>
+#include <cmath>
 #include <limits>
 #include <ostream>
 
@@ -54,6 +57,8 @@ struct Settings
     bool firstPoint = false;
     float scale = 1.0F;
     int storedPeaks = 0;  // 0: the renderer searches
+    bool weakestFirst = false;
+    bool quietMiddle = false;  // levels rise from the middle outwards
 
     friend std::ostream& operator<<(std::ostream& out, const Settings& s) { return out << s.name; }
 };
@@ -90,10 +95,19 @@ Frame makeSceneFrame(const Settings& s, unsigned seed)
 {
     Frame frame = makeFrame(s.rows, s.cols);
     fillWithSources(*frame->ResEngMap, seed);
+    if (s.quietMiddle) {
+        fill(*frame->ResEngMap, [&s](int row, int col) {
+            return 0.2F + 0.02F * std::hypot(static_cast<float>(2 * row - s.rows),
+                                             static_cast<float>(2 * col - s.cols));
+        });
+    }
     frame->firstPointInRadius = s.firstPoint;
     for (int i = 0; i < s.storedPeaks; ++i) {
         frame->peaks.push_back(
             {0.9F - 0.2F * static_cast<float>(i), (7 + 11 * i) % s.rows, (5 + 17 * i) % s.cols, i, 3, true});
+    }
+    if (s.weakestFirst) {
+        std::reverse(frame->peaks.begin(), frame->peaks.end());
     }
     return frame;
 }
@@ -171,6 +185,20 @@ INSTANTIATE_TEST_SUITE_P(
                  .storedPeaks = 2},
         Settings{.name = "RegionScaled", .radius = 50.0F, .scale = 1.7F},
         Settings{.name = "RegionScaledBeyondTwo", .radius = 50.0F, .outside = true, .scale = 3.0F},
+        Settings{.name = "RegionScaledBeyondFour", .radius = 50.0F, .scale = 6.0F},
+        Settings{.name = "WeakestPeakFirst", .minimum = 0.4F, .storedPeaks = 4, .weakestFirst = true},
+        Settings{.name = "RegionWeakestPeakFirst",
+                 .minimum = 0.4F,
+                 .radius = 45.0F,
+                 .outside = true,
+                 .storedPeaks = 4,
+                 .weakestFirst = true},
+        Settings{.name = "RegionBelowTheMedian",
+                 .radius = 20.0F,
+                 .outside = true,
+                 .storedPeaks = 2,
+                 .quietMiddle = true},
+        Settings{.name = "RegionBelowTheMedianAlone", .radius = 20.0F, .storedPeaks = 2, .quietMiddle = true},
         Settings{.name = "SeveralCursors", .dynamic = 30.0F, .cursors = 4, .several = true},
         Settings{.name = "SeveralCursorsFirstPoint",
                  .dynamic = 30.0F,
@@ -289,15 +317,12 @@ TEST_F(Render, LeavesTheMapAndTheProducersFieldsAlone)
     EXPECT_TRUE(samePoint({9.0F, 1, 1}, frame->maxSplView));
 }
 
-// With several cursors the map becomes a bump around each cursor, so the number of cursors can be read off
-// the extremes: without any the whole map is 0, and a second cursor shows in the sum at the first one.
+// With several cursors the map becomes a bump around each cursor, so the cursors can be counted in the picture.
 struct CursorCase
 {
     const char* name;
     int cursorNum;
     bool firstPoint;
-    float radius;
-    bool outside;
     int expected;
 };
 
@@ -318,8 +343,6 @@ TEST_P(RenderCursors, UsesTheExpectedNumberOfPeaks)
     imager.init(8, 64, 32, 24);
     imager.setMultCursorEnable(true);
     imager.setCursorNum(test.cursorNum);
-    imager.setIsImagerOutSideRadiusShow(test.outside);
-    imager.setRadius(test.radius, 32, 24);
     imager.setPalletId(KOVOFFLineDoaObject::DOA_PALLET_GRAY);
     imager.setDynamic(3.0F);
 
@@ -336,11 +359,12 @@ TEST_P(RenderCursors, UsesTheExpectedNumberOfPeaks)
     EXPECT_EQ(runs, test.expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rules, RenderCursors,
-                         ::testing::Values(CursorCase{"Two", 2, false, -1.0F, false, 2},
-                                           CursorCase{"TwoAndTheFirstPoint", 2, true, -1.0F, false, 3},
-                                           CursorCase{"MoreThanThereAre", 9, true, -1.0F, false, 5}),
-                         [](const auto& instance) { return instance.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Rules, RenderCursors,
+    ::testing::Values(CursorCase{"Two", 2, false, 2}, CursorCase{"TwoAndTheFirstPoint", 2, true, 3},
+                      CursorCase{"MoreThanThereAre", 9, true, 5},
+                      CursorCase{"AsManyAsAnIntegerHolds", std::numeric_limits<int>::max(), true, 5}),
+    [](const auto& instance) { return instance.param.name; });
 
 TEST_F(Render, UsesOneCursorWithARegionWhenTheOutsideIsHidden)
 {
@@ -474,7 +498,7 @@ TEST_F(Render, SurvivesMapsFullOfSpecialValues)
         imager.setRadius(round % 3 == 0 ? 10.0F : 0.0F, 32, 24);
         imager.setIsImagerOutSideRadiusShow(round % 2 == 0);
         imager.setMultCursorEnable(round % 5 == 0);
-        const Frame frame = makeFrame(4 + round % 5, 4 + round % 7);
+        const Frame frame = makeFrame(1 + round % 5, 1 + round % 7);
         fill(*frame->ResEngMap, [&](int, int) { return values[random() % values.size()]; });
 
         imager.updateImagerRGB(frame.get(), image.get());
@@ -517,6 +541,32 @@ TEST_F(Render, FillsAnImageThatIsSmallerThanThePictureAndNoByteMore)
     imager.updateImagerRGB(frame.get(), small.get());
 
     EXPECT_EQ(bytesOf(*small), std::vector<unsigned char>(whole.begin(), whole.begin() + 10 * 32 * 3));
+}
+
+TEST_F(Render, PutsZerosBehindThePictureInALargerImage)
+{
+    const Frame frame = makeSpotFrame(1.0F, 3.0F);
+    imager.updateImagerRGB(frame.get(), image.get());
+    const Image large = makeImage(30, 32);
+    std::memset(large->data, 0xAB, 30 * 32 * 3);
+
+    imager.updateImagerRGB(frame.get(), large.get());
+
+    std::vector<unsigned char> expected = bytesOf(*image);
+    expected.resize(30 * 32 * 3, 0);
+    EXPECT_TRUE(samePicture(expected, bytesOf(*large), 32));
+}
+
+TEST_F(Render, AcceptsAnImageWithoutBytes)
+{
+    const Frame frame = makeSpotFrame(1.0F, 3.0F);
+    const Frame withoutCells = makeFrame(0, 0);
+    const Image empty = makeImage(0, 0);
+
+    imager.updateImagerRGB(frame.get(), empty.get());
+    imager.updateImagerRGB(withoutCells.get(), empty.get());
+
+    EXPECT_EQ(frame->maxSpl.value, 2.0F);
 }
 
 TEST_F(Render, GivesTheSamePictureForTheSameFrameAgain)

@@ -8,6 +8,9 @@
 #include <QtCore/QString>
 #include <QtCore/QTemporaryDir>
 
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -231,6 +234,71 @@ TEST_F(ImagerSettings, LetTheDrawingRefuseARegionBelowOnePixel)
 
     EXPECT_EQ(imager->getRadius(), 0.5F);
 }
+
+TEST_F(ImagerSettings, LetTheDrawingRefuseAHalfAxisOfExactlyOnePixel)
+{
+    imager->init(8, 8, 32, 24);
+
+    EXPECT_THROW(imager->setRadius(1.0F, 32, 24), cv::Exception);
+    EXPECT_NO_THROW(imager->setRadius(std::nextafter(1.0F, 2.0F), 32, 24));
+}
+
+TEST_F(ImagerSettings, StoreAnImageScaleThatLeavesNoRegionToDraw)
+{
+    imager->init(8, 8, 32, 24);
+    imager->setRadius(10.0F, 32, 24);
+
+    EXPECT_THROW(imager->setImageScale(-1.0F), cv::Exception);
+
+    EXPECT_EQ(imager->getImageScale(), -1.0F);
+}
+
+// The second size pair shows in the region on the map: which cell is the highest inside it.
+struct SizePairCase
+{
+    const char* name;
+    int firstA, firstB;    // given to a first init()
+    int secondA, secondB;  // and to a second one
+    int effectiveA, effectiveB;
+};
+
+class ImagerSizePair : public ImagerSettings, public ::testing::WithParamInterface<SizePairCase>
+{
+protected:
+    static fpoint2d highestInside(KOVOFFLineDoaObject& object)
+    {
+        const Frame frame = makeFrame(64, 64);
+        // Levels rise away from the middle, faster along the rows: the highest cell tells both semi-axes.
+        fill(*frame->ResEngMap, [](int row, int col) {
+            return 1.0F + 0.01F * static_cast<float>(std::abs(2 * row - 63)) +
+                   0.003F * static_cast<float>(std::abs(2 * col - 63));
+        });
+        const Image image = makeImage(48, 64);
+        object.updateImagerRGB(frame.get(), image.get());
+        return frame->maxSpl;
+    }
+};
+
+TEST_P(ImagerSizePair, IsReplacedByPositiveValuesOnly)
+{
+    const SizePairCase& test = GetParam();
+    KOVOFFLineDoaObject expected;
+    expected.init(test.effectiveA, test.effectiveB, 64, 48);
+    expected.setRadius(2.5F, 64, 48);
+
+    imager->init(test.firstA, test.firstB, 64, 48);
+    imager->init(test.secondA, test.secondB, 64, 48);
+    imager->setRadius(2.5F, 64, 48);
+
+    EXPECT_TRUE(samePoint(highestInside(expected), highestInside(*imager)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Pairs, ImagerSizePair,
+                         ::testing::Values(SizePairCase{"Given", 300, 200, 300, 200, 300, 200},
+                                           SizePairCase{"KeptDefaults", 0, -1, 0, 0, 640, 480},
+                                           SizePairCase{"KeptFirst", 300, 200, 0, 400, 300, 400},
+                                           SizePairCase{"KeptSecond", 300, 200, 400, -7, 400, 200}),
+                         [](const auto& instance) { return instance.param.name; });
 
 TEST_F(ImagerSettings, LogEveryImageScale)
 {

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "tests/imaging/referencerenderer.h"
 #include "tests/support/bits.h"
@@ -265,6 +267,33 @@ TEST(FindPeaks, FindsBothOfTwoEqualCellsThreeColumnsApart)
     EXPECT_EQ(peaks.size(), 2U);
 }
 
+TEST(FindPeaks, FindsEveryCellOfAPlateauThatStandsInDifferentRows)
+{
+    Map map = makeMap(12, 12);
+    map->data[4][4] = 5.0F;
+    map->data[5][4] = 5.0F;
+    std::vector<fpoint2d> peaks;
+
+    KOVPrivate::findpeaks(map.get(), 12, 12, 0.0F, peaks);
+
+    EXPECT_EQ(peaks.size(), 2U);
+}
+
+TEST(FindPeaks, FindsTheFirstAndTheFourthCellOfAFlatRun)
+{
+    Map map = makeMap(12, 12);
+    for (int col = 3; col < 7; ++col) {
+        map->data[5][col] = 5.0F;
+    }
+    std::vector<fpoint2d> peaks;
+
+    KOVPrivate::findpeaks(map.get(), 12, 12, 0.0F, peaks);
+
+    ASSERT_EQ(peaks.size(), 2U);
+    EXPECT_EQ(std::min(peaks[0].col, peaks[1].col), 3);
+    EXPECT_EQ(std::max(peaks[0].col, peaks[1].col), 6);
+}
+
 TEST(FindPeaks, AppendsAndSortsWhatTheListHeldBefore)
 {
     Map map = makeMap(9, 9);
@@ -403,6 +432,26 @@ TEST_P(PeakSearch, AgreesWithThePlainSearchOnRowPointersAndOnOneBuffer)
             EXPECT_TRUE(samePoint(expected[i], flatPeaks[i]));
         }
     }
+}
+
+TEST_P(PeakSearch, FindsTheSameCellsOnMapsFullOfEqualLevels)
+{
+    const auto [rows, cols, seed] = GetParam();
+    const Map map = makeRandomMap(rows, cols, seed, 2);
+    // Equal levels come in any order, so both lists are put into the order of their cells.
+    const auto cells = [](std::vector<fpoint2d> peaks) {
+        std::vector<std::pair<int, int>> places;
+        for (const fpoint2d& peak : peaks) {
+            places.emplace_back(peak.row, peak.col);
+        }
+        std::sort(places.begin(), places.end());
+        return places;
+    };
+    std::vector<fpoint2d> peaks;
+
+    KOVPrivate::findpeaks(map.get(), rows, cols, -1.0F, peaks);
+
+    EXPECT_EQ(cells(peaks), cells(reference::findPeaks(reference::Grid(*map), -1.0F)));
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, PeakSearch,
