@@ -1,6 +1,7 @@
 #include "tools/support/partialfile.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 
@@ -57,6 +58,61 @@ TEST(PartialFile, IsRefusedInAFolderThatIsMissingAndInPlaceOfAFolder)
     EXPECT_THROW(PartialFile(sandbox / "missing" / "a.mp4"), DataError);
     EXPECT_THROW(PartialFile{sandbox.path()}, DataError);
     EXPECT_TRUE(sandbox.contents().empty());
+}
+
+TEST(PartialFile, IsRefusedInPlaceOfAPipe)
+{
+    const Sandbox sandbox;
+    ASSERT_EQ(mkfifo((sandbox / "pipe").c_str(), 0600), 0);
+
+    EXPECT_THROW(PartialFile(sandbox / "pipe"), DataError);
+
+    EXPECT_TRUE(std::filesystem::is_fifo(sandbox / "pipe"));
+    EXPECT_EQ(sandbox.contents(), Names{"pipe"});
+}
+
+TEST(PartialFile, IsRefusedInPlaceOfADevice)
+{
+    EXPECT_THROW(PartialFile("/dev/null"), DataError);
+}
+
+TEST(PartialFile, IsWrittenWhereALinkLeads)
+{
+    const Sandbox sandbox;
+    std::filesystem::create_directory(sandbox / "elsewhere");
+    writeFile(sandbox / "elsewhere/old.avi", "before");
+    std::filesystem::create_symlink("elsewhere/old.avi", sandbox / "old-link.avi");
+    std::filesystem::create_symlink("elsewhere/new.avi", sandbox / "new-link.avi");
+    for (const std::string name : {"old", "new"}) {
+        PartialFile file(sandbox / (name + "-link.avi"));
+        writeFile(file.path(), "content");
+
+        file.commit();
+
+        EXPECT_TRUE(std::filesystem::is_symlink(sandbox / (name + "-link.avi")));
+        EXPECT_EQ(readFile(sandbox / ("elsewhere/" + name + ".avi")), "content");
+    }
+}
+
+TEST(PartialFile, IsRefusedInPlaceOfARingOfLinks)
+{
+    const Sandbox sandbox;
+    std::filesystem::create_symlink("b", sandbox / "a");
+    std::filesystem::create_symlink("a", sandbox / "b");
+
+    EXPECT_THROW(PartialFile(sandbox / "a"), DataError);
+    EXPECT_EQ(sandbox.contents(), (Names{"a", "b"}));
+}
+
+TEST(PartialFile, MayHaveTheLongestNameThatThereIs)
+{
+    const Sandbox sandbox;
+    for (const std::string& name : {std::string(251, 'n') + ".avi", "n." + std::string(253, 'x')}) {
+        PartialFile file(sandbox / name);
+        file.commit();
+
+        EXPECT_TRUE(std::filesystem::exists(sandbox / name)) << name;
+    }
 }
 
 }  // namespace

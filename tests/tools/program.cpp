@@ -28,16 +28,27 @@ int openForWriting(const std::string& file)
     return open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
 }
 
-// Becomes the program. Only async-signal-safe calls stand between fork and exec.
-pid_t start(const fs::path& workingDirectory, const std::vector<std::string>& arguments, int out, int err)
+std::vector<std::string> programWith(const std::vector<std::string>& arguments)
 {
-    std::vector<char*> argv{const_cast<char*>(KOVDOA_PROGRAM)};
-    for (const std::string& argument : arguments) {
-        argv.push_back(const_cast<char*>(argument.c_str()));
+    std::vector<std::string> command{KOVDOA_PROGRAM};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return command;
+}
+
+// Becomes the command. Only async-signal-safe calls stand between fork and exec. Signals that whoever started the
+// tests ignores are not ignored by the child.
+pid_t start(const fs::path& workingDirectory, const std::vector<std::string>& command, int out, int err)
+{
+    std::vector<char*> argv;
+    for (const std::string& word : command) {
+        argv.push_back(const_cast<char*>(word.c_str()));
     }
     argv.push_back(nullptr);
     const pid_t child = fork();
     if (child == 0) {
+        for (const int signalNumber : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGXFSZ}) {
+            signal(signalNumber, SIG_DFL);
+        }
         dup2(out, STDOUT_FILENO);
         dup2(err, STDERR_FILENO);
         if (chdir(workingDirectory.c_str()) == 0) {
@@ -77,18 +88,29 @@ Sandbox::~Sandbox()
 
 Outcome Sandbox::run(const std::vector<std::string>& arguments) const
 {
-    return runAndSignal(arguments, 0, [] { return true; });
+    return finish(programWith(arguments), 0, [] { return true; });
+}
+
+Outcome Sandbox::runScript(const std::string& script) const
+{
+    return finish({"/bin/sh", "-c", script, KOVDOA_PROGRAM}, 0, [] { return true; });
 }
 
 Outcome Sandbox::runAndSignal(const std::vector<std::string>& arguments, int signalNumber,
                               const std::function<bool()>& isReady) const
+{
+    return finish(programWith(arguments), signalNumber, isReady);
+}
+
+Outcome Sandbox::finish(const std::vector<std::string>& command, int signalNumber,
+                        const std::function<bool()>& isReady) const
 {
     // The files of the output lie outside the working directory, so that its contents are the program's alone.
     const QTemporaryDir side;
     const std::string folder = side.path().toStdString();
     const int out = openForWriting(folder + outName);
     const int err = openForWriting(folder + errName);
-    const pid_t child = start(m_path, arguments, out, err);
+    const pid_t child = start(m_path, command, out, err);
     close(out);
     close(err);
     if (signalNumber != 0) {
@@ -111,7 +133,7 @@ Outcome Sandbox::runInto(const std::string& outFile, const std::vector<std::stri
     const std::string errFile = side.path().toStdString() + errName;
     const int out = openForWriting(outFile);
     const int err = openForWriting(errFile);
-    const pid_t child = start(m_path, arguments, out, err);
+    const pid_t child = start(m_path, programWith(arguments), out, err);
     close(out);
     close(err);
     Outcome outcome;
@@ -130,7 +152,7 @@ Outcome Sandbox::runOnTerminal(const std::vector<std::string>& arguments) const
     const QTemporaryDir side;
     const std::string folder = side.path().toStdString();
     const int out = openForWriting(folder + outName);
-    const pid_t child = start(m_path, arguments, out, terminal);
+    const pid_t child = start(m_path, programWith(arguments), out, terminal);
     close(out);
     close(terminal);
     Outcome outcome;

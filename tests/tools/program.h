@@ -36,6 +36,10 @@ public:
     // The same with stdout in a file outside this directory, such as a device.
     Outcome runInto(const std::string& outFile, const std::vector<std::string>& arguments) const;
 
+    // Runs a script for /bin/sh here, in which "$0" is the program. For what only a shell can set up: closed
+    // descriptors, broken pipes, limits.
+    Outcome runScript(const std::string& script) const;
+
     // The same with stderr on a terminal.
     Outcome runOnTerminal(const std::vector<std::string>& arguments) const;
 
@@ -47,6 +51,9 @@ public:
     std::vector<std::string> contents() const;
 
 private:
+    Outcome finish(const std::vector<std::string>& command, int signalNumber,
+                   const std::function<bool()>& isReady) const;
+
     QTemporaryDir m_directory;
     std::filesystem::path m_path;
 };

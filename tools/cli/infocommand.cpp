@@ -7,6 +7,7 @@
 #include "tools/cli/optiontypes.h"
 #include "tools/recording/recording.h"
 #include "tools/recording/recordingsummary.h"
+#include "tools/support/filepaths.h"
 #include "tools/support/workspace.h"
 
 namespace kovtools {
@@ -20,8 +21,17 @@ struct InfoOptions
     bool json = false;
 };
 
+void checkFiles(const InfoOptions& options, const CommonOptions& common)
+{
+    FilesOfCommand files;
+    files.addInput("FILE", options.file);
+    files.addOutput("--log", common.log);
+    files.checkDistinct();
+}
+
 ExitStatus showInfo(const InfoOptions& options, const CommonOptions& common)
 {
+    checkFiles(options, common);
     Workspace workspace(common.log);
     const Recording recording(options.file);
     const RecordingSummary summary = summarise(recording, options.frameRate);

@@ -6,6 +6,7 @@
 #include <optional>
 #include <sstream>
 #include <string_view>
+#include <system_error>
 
 namespace kovtools {
 
@@ -27,6 +28,25 @@ std::optional<Number> parse(std::string_view text)
 [[noreturn]] void reject(const std::string& name, const std::string& text, const std::string& expected)
 {
     throw CLI::ValidationError(name.substr(name.rfind(',') + 1), "'" + text + "' is not " + expected);
+}
+
+// Only what means nothing goes: "./a" is "a", "folder/" is "folder". "link/.." stays, for the system to follow:
+// it is the parent of what the link leads to, not the folder of the link.
+std::filesystem::path absolutePath(const std::string& name, const std::string& text)
+{
+    std::error_code error;
+    const std::filesystem::path whole = std::filesystem::absolute(text, error);
+    if (error) {
+        throw CLI::ValidationError(name.substr(name.rfind(',') + 1),
+                                   "'" + text + "' cannot be found: the working directory is gone");
+    }
+    std::filesystem::path path;
+    for (const std::filesystem::path& part : whole) {
+        if (!part.empty() && part != ".") {
+            path /= part;
+        }
+    }
+    return path;
 }
 
 std::string plain(double value)
@@ -155,10 +175,7 @@ CLI::Option* addPath(CLI::App& app, const std::string& name, std::filesystem::pa
         if (text.empty()) {
             reject(name, text, "a file name");
         }
-        target = std::filesystem::absolute(text).lexically_normal();
-        if (!target.has_filename()) {
-            target = target.parent_path();  // "folder/" is "folder"
-        }
+        target = absolutePath(name, text);
     };
     return app.add_option_function<std::string>(name, read, help)->type_name(kind);
 }

@@ -8,6 +8,7 @@
 #include "tools/cli/optiontypes.h"
 #include "tools/render/framesink.h"
 #include "tools/render/recordingrenderer.h"
+#include "tools/support/filepaths.h"
 #include "tools/support/progress.h"
 #include "tools/support/workspace.h"
 
@@ -60,8 +61,24 @@ void checkOptions(const RenderCommandOptions& options)
     }
 }
 
+void checkFiles(const RenderCommandOptions& options, const CommonOptions& common)
+{
+    FilesOfCommand files;
+    files.addInput("FILE", options.file);
+    files.addInput("--camera", options.camera);
+    if (isVideoName(options.output)) {
+        files.addOutput("-o", options.output);
+    } else {
+        files.addPictureFolder("-o", options.output);
+    }
+    files.addOutput("--contact-sheet", options.contactSheet);
+    files.addOutput("--log", common.log);
+    files.checkDistinct();
+}
+
 ExitStatus renderRecording(const RenderCommandOptions& options, const CommonOptions& common)
 {
+    checkFiles(options, common);
     checkOptions(options);
     Workspace workspace(common.log);
     const Recording recording(options.file);

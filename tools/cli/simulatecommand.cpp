@@ -9,6 +9,7 @@
 #include "tools/scene/camerapicture.h"
 #include "tools/scene/scenerecorder.h"
 #include "tools/scene/scenesimulation.h"
+#include "tools/support/filepaths.h"
 #include "tools/support/partialfile.h"
 #include "tools/support/progress.h"
 #include "tools/support/workspace.h"
@@ -28,8 +29,19 @@ struct SimulateOptions
     std::filesystem::path truth;
 };
 
+void checkFiles(const SimulateOptions& options, const CommonOptions& common)
+{
+    FilesOfCommand files;
+    files.addOutput("OUT", options.output);
+    files.addOutput("--camera-picture", options.cameraPicture);
+    files.addOutput("--truth", options.truth);
+    files.addOutput("--log", common.log);
+    files.checkDistinct();
+}
+
 ExitStatus simulateScene(const SimulateOptions& options, const CommonOptions& common)
 {
+    checkFiles(options, common);
     SceneOptions sceneOptions = options.scene;
     sceneOptions.rows = options.map.width;
     sceneOptions.cols = options.map.height;

@@ -29,12 +29,6 @@ std::string lowerExtension(const fs::path& path)
     return extension;
 }
 
-bool isVideoName(const fs::path& path)
-{
-    const std::string extension = lowerExtension(path);
-    return extension == ".mp4" || extension == ".avi";
-}
-
 class PngFolder : public FrameSink
 {
 public:
@@ -61,6 +55,12 @@ private:
 };
 
 }  // namespace
+
+bool isVideoName(const fs::path& target)
+{
+    const std::string extension = lowerExtension(target);
+    return extension == ".mp4" || extension == ".avi";
+}
 
 void checkFrameSinkName(const fs::path& target)
 {

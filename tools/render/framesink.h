@@ -28,6 +28,9 @@ public:
 std::unique_ptr<FrameSink> openFrameSink(const std::filesystem::path& target, cv::Size picture,
                                          double frameRate);
 
+// Whether openFrameSink makes a video file of that name, not a folder.
+bool isVideoName(const std::filesystem::path& target);
+
 // Throws UsageError like openFrameSink, before anything is done.
 void checkFrameSinkName(const std::filesystem::path& target);
 

@@ -1,13 +1,15 @@
 #include "tools/support/partialfile.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <fstream>
 #include <string>
 #include <system_error>
-#include <utility>
 
 #include "tools/support/errors.h"
+#include "tools/support/filepaths.h"
 #include "tools/support/inquotes.h"
 
 namespace kovtools {
@@ -16,32 +18,66 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A hidden name that no other process and no earlier run uses.
+constexpr std::size_t longestExtension = 8;  // letters with the dot; formats are chosen by shorter ones
+constexpr int mostNames = 1000;              // tried before giving up
+
+// Throws DataError unless a file can stand at `target`: never is a device or a pipe replaced by a file.
+void checkTarget(const fs::path& target)
+{
+    std::error_code error;
+    const fs::file_status status = fs::status(target, error);
+    if (fs::is_directory(status)) {
+        throw DataError(inQuotes(target) + " is a folder; a file name is needed");
+    }
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+        throw DataError(inQuotes(target) + " is not a regular file");
+    }
+    if (!fs::is_directory(target.parent_path(), error)) {
+        throw DataError("the folder " + inQuotes(target.parent_path()) + " does not exist");
+    }
+}
+
+// A hidden name that does not grow with the target's, which may be as long as names can be.
 fs::path partialName(const fs::path& target)
 {
     static int serial = 0;
     ++serial;
-    fs::path name(".");
-    name += target.stem();
-    name += ".partial-" + std::to_string(getpid()) + "-" + std::to_string(serial);
-    name += target.extension();
+    fs::path name(".kovdoa-partial-" + std::to_string(getpid()) + "-" + std::to_string(serial));
+    if (target.extension().native().size() <= longestExtension) {
+        name += target.extension();
+    }
     return target.parent_path() / name;
+}
+
+// Creates an empty file that was not there before: not the leftover of a killed run, nor the file of a process
+// that has the same number on another machine.
+fs::path createPartial(const fs::path& target)
+{
+    for (int i = 0; i < mostNames; ++i) {
+        fs::path name = partialName(target);
+        const int descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (descriptor >= 0) {
+            close(descriptor);
+            return name;
+        }
+        if (errno != EEXIST) {
+            break;
+        }
+    }
+    throw DataError("cannot write to " + inQuotes(target));
 }
 
 }  // namespace
 
-PartialFile::PartialFile(fs::path target) : m_target(std::move(target)), m_partial(partialName(m_target))
+PartialFile::PartialFile(const fs::path& target)
 {
-    std::error_code error;
-    if (fs::is_directory(m_target, error)) {
-        throw DataError(inQuotes(m_target) + " is a folder; a file name is needed");
+    checkTarget(target);
+    m_target = throughLinks(target);
+    if (fs::is_symlink(m_target)) {
+        throw DataError(inQuotes(target) + " is a link that leads nowhere");
     }
-    if (!fs::is_directory(m_target.parent_path(), error)) {
-        throw DataError("the folder " + inQuotes(m_target.parent_path()) + " does not exist");
-    }
-    if (!std::ofstream(m_partial, std::ios::binary).is_open()) {
-        throw DataError("cannot write to " + inQuotes(m_target));
-    }
+    checkTarget(m_target);
+    m_partial = createPartial(m_target);
 }
 
 PartialFile::~PartialFile()

@@ -13,9 +13,10 @@ namespace kovtools {
 class PartialFile
 {
 public:
-    // Throws DataError when the folder of `target` does not exist or cannot be written to, or when `target`
-    // is a folder itself. An existing file at `target` stays until commit().
-    explicit PartialFile(std::filesystem::path target);
+    // Throws DataError when the folder of `target` (absolute) does not exist or cannot be written to, or when
+    // `target` is anything but a regular file. An existing file at `target` stays until commit(). When it is a
+    // symbolic link, the link stays and the file that it leads to is meant.
+    explicit PartialFile(const std::filesystem::path& target);
     ~PartialFile();
     PartialFile(const PartialFile&) = delete;
     PartialFile& operator=(const PartialFile&) = delete;
