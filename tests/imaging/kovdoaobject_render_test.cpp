@@ -97,8 +97,10 @@ Frame makeSceneFrame(const Settings& s, unsigned seed)
     fillWithSources(*frame->ResEngMap, seed);
     if (s.quietMiddle) {
         fill(*frame->ResEngMap, [&s](int row, int col) {
-            return 0.2F + 0.02F * std::hypot(static_cast<float>(2 * row - s.rows),
-                                             static_cast<float>(2 * col - s.cols));
+            // Steeper along the rows, where the region in the picture reaches beyond the one on the map: there
+            // the levels lie above the highest one inside, which is negative without the median.
+            return 0.2F + 0.01F * std::hypot(static_cast<float>(4 * row - 2 * s.rows),
+                                             static_cast<float>(col - s.cols / 2));
         });
     }
     frame->firstPointInRadius = s.firstPoint;
