@@ -12,6 +12,7 @@
 #include "tools/support/inquotes.h"
 #include "tools/support/interrupt.h"
 #include "tools/support/silence.h"
+#include "tools/support/standardstreams.h"
 
 namespace kovtools {
 
@@ -53,12 +54,17 @@ std::string oneLine(std::string text)
     return text;
 }
 
+// `status`, unless the results did not reach whoever reads them.
+int flushed(ExitStatus status)
+{
+    std::cout.flush();
+    return std::cout ? status : complain("cannot write to standard output", EXIT_BAD_DATA);
+}
+
 int run(const Action& action, const CommonOptions& common)
 {
     try {
-        const ExitStatus status = action(common);
-        std::cout.flush();
-        return std::cout ? status : complain("cannot write to standard output", EXIT_BAD_DATA);
+        return flushed(action(common));
     } catch (const UsageError& error) {
         return complain(error.what(), EXIT_BAD_USAGE);
     } catch (const DataError& error) {
@@ -76,6 +82,8 @@ int run(const Action& action, const CommonOptions& common)
 
 int runCommandLine(int argc, const char* const* argv)
 {
+    openStandardStreams();
+    watchForInterrupts();
     silenceLibraries();
 
     CLI::App app("Acoustic imaging: simulate, inspect and render recordings of energy maps.", "kovdoa");
@@ -109,11 +117,11 @@ int runCommandLine(int argc, const char* const* argv)
         return complain(sentence + seeHelpOf(app), EXIT_BAD_USAGE);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
-            return app.exit(error);  // help and version
+            app.exit(error);  // help and version
+            return flushed(EXIT_GOOD);
         }
         return complain(oneLine(error.what()) + seeHelpOf(app), EXIT_BAD_USAGE);
     }
-    watchForInterrupts();
     return run(action, common);
 }
 

@@ -1,6 +1,7 @@
 #include "tools/support/interrupt.h"
 
 #include <csignal>
+#include <initializer_list>
 
 namespace kovtools {
 
@@ -18,8 +19,15 @@ extern "C" void rememberInterrupt(int signalNumber)
 
 void watchForInterrupts()
 {
-    std::signal(SIGINT, rememberInterrupt);
-    std::signal(SIGTERM, rememberInterrupt);
+    for (const int signalNumber : {SIGINT, SIGTERM, SIGHUP}) {
+        // What nohup or a shell in the background had ignored stays ignored.
+        if (std::signal(signalNumber, rememberInterrupt) == SIG_IGN) {
+            std::signal(signalNumber, SIG_IGN);
+        }
+    }
+    // Then the write itself fails, which ends a command in order.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 void throwIfInterrupted()
