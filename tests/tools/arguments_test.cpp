@@ -68,18 +68,19 @@ TEST_P(WrongArguments, GetOneSentenceOnStderrAndStatusTwo)
     EXPECT_TRUE(sandbox.contents().empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(OfTheProgram, WrongArguments,
-                         testing::Values(WrongUse{{}, "subcommand"}, WrongUse{{"frobnicate"}, "frobnicate"},
-                                         WrongUse{{"--frobnicate"}, "--frobnicate"},
-                                         WrongUse{{"info"}, "FILE"}, WrongUse{{"info", "--jsn"}, "--jsn"},
-                                         WrongUse{{"info", "a.kov", "b.kov"}, "b.kov"},
-                                         WrongUse{{"info", ""}, "file name"},
-                                         WrongUse{{"info", "a.kov", "--fps", "0"}, "--fps"},
-                                         WrongUse{{"info", "--log"}, "--log"}));
+INSTANTIATE_TEST_SUITE_P(
+    OfTheProgram, WrongArguments,
+    testing::Values(WrongUse{{}, "simulate, info, render"}, WrongUse{{"frobnicate"}, "frobnicate"},
+                    WrongUse{{"--frobnicate"}, "--frobnicate"}, WrongUse{{"info"}, "FILE"},
+                    WrongUse{{"info", "--jsn"}, "--jsn"}, WrongUse{{"info", "a.kov", "b.kov"}, "b.kov"},
+                    WrongUse{{"info", ""}, "file name"}, WrongUse{{"info", "a.kov", "--fps", "0"}, "--fps"},
+                    WrongUse{{"info", "a.kov", "--fps", "1", "--fps", "2"}, "--fps may be given only once"},
+                    WrongUse{{"info", "a.kov", "--log"}, "--log needs a value"}));
 
 INSTANTIATE_TEST_SUITE_P(
     OfSimulate, WrongArguments,
-    testing::Values(WrongUse{{"simulate"}, "subcommand"}, WrongUse{{"simulate", "scene"}, "OUT"},
+    testing::Values(WrongUse{{"simulate"}, "'kovdoa simulate': scene"},
+                    WrongUse{{"simulate", "scene"}, "OUT"},
                     WrongUse{{"simulate", "scene", "a", "--frames", "0"}, "whole number from 1"},
                     WrongUse{{"simulate", "scene", "a", "--frames", "-3"}, "-3"},
                     WrongUse{{"simulate", "scene", "a", "--frames", "ten"}, "'ten'"},
@@ -95,6 +96,7 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongUse{{"simulate", "scene", "a", "--noise", "nan"}, "--noise"},
                     WrongUse{{"simulate", "scene", "a", "--noise", "-0.1"}, "--noise"},
                     WrongUse{{"simulate", "scene", "a", "--picture", "100x100"}, "160x120"},
+                    WrongUse{{"simulate", "scene", "a", "--camera-picture", "c.jpg"}, ".png"},
                     WrongUse{{"simulate", "scene", "a", "--fft-length", "63"}, "--fft-length"},
                     WrongUse{{"simulate", "scene", "a", "--fps", "inf"}, "--fps"}));
 
@@ -120,6 +122,8 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongUse{{"render", "a.kov", "-o", "x", "--frames", "0"}, "from 1"},
                     WrongUse{{"render", "a.kov", "-o", "x", "--frames", ""}, "range"},
                     WrongUse{{"render", "a.kov", "-o", "x", "--fps", "nan"}, "--fps"},
+                    WrongUse{{"render", "a.kov", "-o", "x", "--dynamic"}, "--dynamic needs a value"},
+                    WrongUse{{"render", "a.kov", "-o", "x", "--contact-sheet", "s.jpg"}, ".png"},
                     WrongUse{{"render", "a.kov", "-o", "x.gif"}, ".mp4 or .avi"}));
 
 TEST(Version, NamesTheProgramTheLibraryAndWhatBothWereBuiltWith)

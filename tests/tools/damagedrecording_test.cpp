@@ -158,6 +158,7 @@ TEST(MissingFiles, GetOneSentenceAndStatusOne)
         {"render", "whole.kov", "-o", "missing/x.mp4"},
         {"render", "whole.kov", "-o", "whole.kov/x"},
         {"render", "whole.kov", "-o", "x.mp4", "--contact-sheet", "missing/sheet.png"},
+        {"render", "whole.kov", "-o", "x", "--log", "missing/log.txt"},
     };
     for (const std::vector<std::string>& arguments : cases) {
         const Outcome outcome = sandbox.run(arguments);

@@ -110,6 +110,57 @@ INSTANTIATE_TEST_SUITE_P(
               "--camera-picture"},
         Clash{{"simulate", "scene", "s.kov", "--log", "./s.kov"}, "OUT", "--log"}));
 
+TEST(Outputs, SayThatAFileStandsWhereAFolderIsNeeded)
+{
+    const Sandbox sandbox;
+    writeSample(sandbox / "a.kov");
+    kovtools::tests::writeFile(sandbox / "taken", "");
+
+    const Outcome outcome = sandbox.run({"render", "a.kov", "-o", "taken"});
+
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("a file of the name"), std::string::npos) << outcome.err;
+}
+
+TEST(Outputs, KeepTheLogOfACommandThatFails)
+{
+    const Sandbox sandbox;
+    writeSample(sandbox / "a.kov");
+
+    const Outcome outcome = sandbox.run({"render", "a.kov", "-o", "x", "--frames", "9:", "--log", "log.txt"});
+
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(sandbox.contents(), (Names{"a.kov", "log.txt"}));
+    EXPECT_NE(readFile(sandbox / "log.txt"), "");
+}
+
+TEST(Names, WithControlCharactersAreSpelledOut)
+{
+    const Sandbox sandbox;
+    const std::string name = "a\n\x1B[31m.kov";
+    writeSample(sandbox / name);
+
+    const Outcome good = sandbox.run({"info", name});
+    const Outcome bad = sandbox.run({"info", "missing" + name});
+
+    EXPECT_EQ(good.status, 0);
+    EXPECT_NE(good.out.find("a\\n\\x1B[31m.kov\n"), std::string::npos) << good.out;
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_TRUE(isOneSentence(bad.err)) << bad.err;
+    EXPECT_NE(bad.err.find("a\\n\\x1B[31m.kov"), std::string::npos) << bad.err;
+}
+
+TEST(Versions, WithControlCharactersAreSpelledOut)
+{
+    const Sandbox sandbox;
+    writeSample(sandbox / "a.kov");
+    std::string bytes = readFile(sandbox / "a.kov");
+    bytes.replace(bytes.find("VERSION:0015") + 8, 4, "\x1B[2J");
+    kovtools::tests::writeFile(sandbox / "a.kov", bytes);
+
+    EXPECT_NE(sandbox.run({"info", "a.kov"}).out.find("version    \\x1B[2J\n"), std::string::npos);
+}
+
 TEST(Outputs, DoNotReplaceAPipe)
 {
     const Sandbox sandbox;

@@ -126,6 +126,38 @@ TEST(Simulate, WritesToPathsOfAnyLetters)
     EXPECT_TRUE(std::filesystem::exists(sandbox / "Prüfstand 3/утечка.kov"));
 }
 
+TEST(Simulate, CountsOneAsOne)
+{
+    const Sandbox sandbox;
+
+    const std::string out =
+        sandbox.run({"simulate", "scene", "a.kov", "--frames", "1", "--sources", "1"}).out;
+
+    EXPECT_NE(out.find(": 1 frame, "), std::string::npos) << out;
+    EXPECT_NE(out.find(" 1 source, "), std::string::npos) << out;
+}
+
+class RefusedBeforeTheLongWork : public testing::TestWithParam<std::string>
+{
+};
+
+TEST_P(RefusedBeforeTheLongWork, IsWhatCannotBeWritten)
+{
+    const Sandbox sandbox;
+
+    // Days of work; without the early refusal it is ended from outside, with another status.
+    const Outcome outcome =
+        sandbox.runScript("timeout 20 \"$0\" simulate scene a.kov --frames 1000000 " + GetParam());
+
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_TRUE(isOneSentence(outcome.err)) << outcome.err;
+    EXPECT_TRUE(sandbox.contents().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Outputs, RefusedBeforeTheLongWork,
+                         testing::Values("--camera-picture missing/a.png", "--truth missing/a.json",
+                                         "--log missing/log.txt"));
+
 class SimulateNowhere : public testing::TestWithParam<Arguments>
 {
 };
@@ -145,6 +177,7 @@ TEST_P(SimulateNowhere, SaysSoAndLeavesNothing)
 INSTANTIATE_TEST_SUITE_P(Outputs, SimulateNowhere,
                          testing::Values(simulate("missing/a.kov"), simulate("."), simulate("/proc/a.kov"),
                                          simulate("a.kov", {"--camera-picture", "missing/a.png"}),
-                                         simulate("a.kov", {"--truth", "missing/a.json"})));
+                                         simulate("a.kov", {"--truth", "missing/a.json"}),
+                                         simulate("a.kov", {"--log", "missing/log.txt"})));
 
 }  // namespace

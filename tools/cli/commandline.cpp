@@ -13,6 +13,7 @@
 #include "tools/support/interrupt.h"
 #include "tools/support/silence.h"
 #include "tools/support/standardstreams.h"
+#include "tools/support/wording.h"
 
 namespace kovtools {
 
@@ -35,12 +36,6 @@ std::string seeHelpOf(const CLI::App& app)
     return " (see " + inQuotes(deepestCommand(app) + " --help") + ")";
 }
 
-int complain(const std::string& sentence, ExitStatus status)
-{
-    std::cerr << "kovdoa: " << sentence << '\n';
-    return status;
-}
-
 std::string oneLine(std::string text)
 {
     for (char& letter : text) {
@@ -52,6 +47,47 @@ std::string oneLine(std::string text)
         text.pop_back();
     }
     return text;
+}
+
+// "a command is needed after 'kovdoa simulate': scene"; empty when no command is missing.
+std::string missingCommand(const CLI::App& app)
+{
+    const CLI::App* current = &app;
+    while (!current->get_subcommands().empty()) {
+        current = current->get_subcommands().front();
+    }
+    std::string names;
+    for (const CLI::App* const command : current->get_subcommands(nullptr)) {
+        names += (names.empty() ? "" : ", ") + command->get_name();
+    }
+    return names.empty() ? names
+                         : "a command is needed after " + inQuotes(deepestCommand(app)) + ": " + names;
+}
+
+// What is missing is often there, but misspelt; then the misspelt word is the better thing to name.
+std::string missingWord(const CLI::App& app, const CLI::RequiredError& error)
+{
+    const std::vector<std::string> unknown = app.remaining(true);
+    if (!unknown.empty()) {
+        return inQuotes(unknown.front()) + " is no command or option known here";
+    }
+    const std::string command = missingCommand(app);
+    return command.empty() ? oneLine(error.what()) : command;
+}
+
+// An option with no value or with too many. The library's text begins with the option's name and a colon.
+std::string wrongNumberOfValues(const CLI::ArgumentMismatch& error)
+{
+    const std::string text = oneLine(error.what());
+    const std::string option = text.substr(0, text.find(':'));
+    return option + (text.ends_with("missing") ? " needs a value behind it"
+                                               : " may be given only once, with one value");
+}
+
+int complain(const std::string& sentence, ExitStatus status)
+{
+    std::cerr << "kovdoa: " << printable(sentence) << '\n';
+    return status;
 }
 
 // `status`, unless the results did not reach whoever reads them.
@@ -109,12 +145,9 @@ int runCommandLine(int argc, const char* const* argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::RequiredError& error) {
-        // What is missing is often there, but misspelt; then the misspelt word is the better thing to name.
-        const std::vector<std::string> unknown = app.remaining(true);
-        const std::string sentence = unknown.empty()
-                                         ? oneLine(error.what())
-                                         : inQuotes(unknown.front()) + " is no command or option known here";
-        return complain(sentence + seeHelpOf(app), EXIT_BAD_USAGE);
+        return complain(missingWord(app, error) + seeHelpOf(app), EXIT_BAD_USAGE);
+    } catch (const CLI::ArgumentMismatch& error) {
+        return complain(wrongNumberOfValues(error) + seeHelpOf(app), EXIT_BAD_USAGE);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
             app.exit(error);  // help and version

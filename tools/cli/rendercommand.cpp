@@ -10,6 +10,7 @@
 #include "tools/render/recordingrenderer.h"
 #include "tools/support/filepaths.h"
 #include "tools/support/progress.h"
+#include "tools/support/wording.h"
 #include "tools/support/workspace.h"
 
 namespace kovtools {
@@ -53,6 +54,9 @@ FrameRange existingFrames(const FrameRange& wanted, int frames)
 void checkOptions(const RenderCommandOptions& options)
 {
     checkFrameSinkName(options.output);
+    if (!options.contactSheet.empty()) {
+        checkPngName("--contact-sheet", options.contactSheet);
+    }
     if (options.render.outside && options.render.radius == 0) {
         throw UsageError("--outside needs a region of interest; give one with --radius");
     }
@@ -96,10 +100,10 @@ ExitStatus renderRecording(const RenderCommandOptions& options, const CommonOpti
     }
     workspace.keepLog();
 
-    std::cout << options.output.string() << ": " << count << " pictures of " << render.picture.width << " x "
-              << render.picture.height << '\n';
+    std::cout << printable(options.output.string()) << ": " << counted(count, "picture") << " of "
+              << render.picture.width << " x " << render.picture.height << '\n';
     if (!options.contactSheet.empty()) {
-        std::cout << options.contactSheet.string() << ": contact sheet\n";
+        std::cout << printable(options.contactSheet.string()) << ": contact sheet\n";
     }
     std::cout.flush();
     if (!recording.complaint().empty()) {

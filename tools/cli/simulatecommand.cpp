@@ -2,6 +2,8 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include "tools/cli/command.h"
 #include "tools/cli/optiontypes.h"
@@ -12,6 +14,7 @@
 #include "tools/support/filepaths.h"
 #include "tools/support/partialfile.h"
 #include "tools/support/progress.h"
+#include "tools/support/wording.h"
 #include "tools/support/workspace.h"
 
 namespace kovtools {
@@ -39,9 +42,17 @@ void checkFiles(const SimulateOptions& options, const CommonOptions& common)
     files.checkDistinct();
 }
 
+std::optional<PartialFile> openIfWanted(const std::filesystem::path& target)
+{
+    return target.empty() ? std::optional<PartialFile>() : std::optional<PartialFile>(std::in_place, target);
+}
+
 ExitStatus simulateScene(const SimulateOptions& options, const CommonOptions& common)
 {
     checkFiles(options, common);
+    if (!options.cameraPicture.empty()) {
+        checkPngName("--camera-picture", options.cameraPicture);
+    }
     SceneOptions sceneOptions = options.scene;
     sceneOptions.rows = options.map.width;
     sceneOptions.cols = options.map.height;
@@ -49,24 +60,32 @@ ExitStatus simulateScene(const SimulateOptions& options, const CommonOptions& co
     sceneOptions.pictureHeight = options.picture.height;
 
     Workspace workspace(common.log);
+    // Opened before the long work: better refused now than after it.
+    std::optional<PartialFile> picture = openIfWanted(options.cameraPicture);
+    std::optional<PartialFile> truth = openIfWanted(options.truth);
     SceneSimulation scene(sceneOptions);
     SceneRecorder recorder(options.output, scene, options.peaks);
     {
         Progress progress("Simulating", sceneOptions.frames, !common.noProgress);
         recorder.record([&progress] { progress.step(); });
     }
-    if (!options.cameraPicture.empty()) {
-        writePng(options.cameraPicture, drawCameraPicture(scene));
+    if (picture) {
+        writePng(*picture, drawCameraPicture(scene));
     }
-    if (!options.truth.empty()) {
-        writeWholeFile(options.truth, recorder.truth().dump(1) + "\n");
+    if (truth) {
+        truth->write(recorder.truth().dump(1) + "\n");
     }
     const std::uint64_t bytes = recorder.finish();
+    for (std::optional<PartialFile>* const beside : {&picture, &truth}) {
+        if (*beside) {
+            (*beside)->commit();
+        }
+    }
     workspace.keepLog();
 
-    std::cout << options.output.string() << ": " << sceneOptions.frames << " frames, maps of "
-              << sceneOptions.rows << " x " << sceneOptions.cols << ", " << sceneOptions.sources
-              << " sources, " << bytes << " bytes\n";
+    std::cout << printable(options.output.string()) << ": " << counted(sceneOptions.frames, "frame")
+              << ", maps of " << sceneOptions.rows << " x " << sceneOptions.cols << ", "
+              << counted(sceneOptions.sources, "source") << ", " << bytes << " bytes\n";
     return EXIT_GOOD;
 }
 

@@ -7,6 +7,8 @@
 
 #include <KOVDoaHandle/imaging/engmapresult.h>
 
+#include "tools/support/wording.h"
+
 namespace kovtools {
 
 using nlohmann::ordered_json;
@@ -88,10 +90,10 @@ std::string summaryText(const RecordingSummary& summary)
 {
     const RecordingScan& scan = summary.scan;
     std::ostringstream text;
-    text << "file       " << summary.file << '\n'
+    text << "file       " << printable(summary.file) << '\n'
          << "size       " << scan.bytes << " bytes\n"
          << "complete   " << wholeness(scan) << '\n'
-         << "version    " << scan.version << '\n'
+         << "version    " << printable(scan.version) << '\n'
          << "map        " << scan.resRows << " rows x " << scan.resCols << " columns\n"
          << "picture    " << scan.imgCols << " x " << scan.imgRows << " pixels\n"
          << "spectrum   " << scan.fftLen / 2 + 1 << " bins (FFT length " << scan.fftLen << ")\n"
@@ -105,8 +107,8 @@ std::string summaryText(const RecordingSummary& summary)
     if (summary.unusableCells > 0) {
         text << "unusable   " << summary.unusableCells << " map cells are no finite numbers\n";
     }
-    text << "peaks      " << summary.peaks << " stored, in " << summary.framesWithPeaks << " frames, at most "
-         << summary.mostPeaks << " in one\n";
+    text << "peaks      " << summary.peaks << " stored, in " << counted(summary.framesWithPeaks, "frame")
+         << ", at most " << summary.mostPeaks << " in one\n";
     return text.str();
 }
 

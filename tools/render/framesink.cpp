@@ -35,8 +35,12 @@ public:
     explicit PngFolder(fs::path folder) : m_folder(std::move(folder))
     {
         std::error_code error;
+        if (fs::exists(m_folder, error) && !fs::is_directory(m_folder, error)) {
+            throw DataError("a file of the name " + inQuotes(m_folder) +
+                            " exists; the pictures need a folder");
+        }
         fs::create_directories(m_folder, error);
-        if (!fs::is_directory(m_folder)) {
+        if (!fs::is_directory(m_folder, error)) {
             throw DataError("cannot create the folder " + inQuotes(m_folder));
         }
     }
@@ -82,11 +86,26 @@ std::unique_ptr<FrameSink> openFrameSink(const fs::path& target, cv::Size pictur
     return std::make_unique<PngFolder>(target);
 }
 
+void checkPngName(const std::string& option, const fs::path& target)
+{
+    if (lowerExtension(target) != ".png") {
+        throw UsageError(option + " " + inQuotes(target.filename()) +
+                         " is a PNG picture; its name must end in .png");
+    }
+}
+
 void writePng(const fs::path& target, const cv::Mat& picture)
+{
+    PartialFile file(target);
+    writePng(file, picture);
+    file.commit();
+}
+
+void writePng(PartialFile& file, const cv::Mat& picture)
 {
     std::vector<unsigned char> bytes;
     cv::imencode(".png", picture, bytes, {cv::IMWRITE_PNG_COMPRESSION, 3});
-    writeWholeFile(target, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    file.write({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
 }  // namespace kovtools

@@ -5,8 +5,11 @@
 #include <filesystem>
 #include <memory>
 #include <opencv2/core/mat.hpp>
+#include <string>
 
 namespace kovtools {
+
+class PartialFile;
 
 class FrameSink
 {
@@ -34,8 +37,14 @@ bool isVideoName(const std::filesystem::path& target);
 // Throws UsageError like openFrameSink, before anything is done.
 void checkFrameSinkName(const std::filesystem::path& target);
 
+// Throws UsageError when the name of a single picture, given with `option`, does not end in .png.
+void checkPngName(const std::string& option, const std::filesystem::path& target);
+
 // Writes one PNG file, whole or not at all. Throws DataError.
 void writePng(const std::filesystem::path& target, const cv::Mat& picture);
+
+// The same as the content of a file that is committed later.
+void writePng(PartialFile& file, const cv::Mat& picture);
 
 }  // namespace kovtools
 

@@ -7,6 +7,7 @@
 #include <memory>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
+#include <optional>
 #include <vector>
 
 #include "tools/render/contactsheet.h"
@@ -72,9 +73,10 @@ void RecordingRenderer::render(int first, int last, const std::filesystem::path&
                                const std::function<void()>& afterFrame)
 {
     std::vector<int> onSheet;
+    std::optional<PartialFile> sheetFile;  // opened before the long work: better refused now than after it
     if (!contactSheet.empty()) {
         onSheet = evenlySpread(first, last);
-        PartialFile canBeWritten(contactSheet);  // tried before the long work, not after it
+        sheetFile.emplace(contactSheet);
     }
     ContactSheet sheet(static_cast<int>(onSheet.size()), m_options.picture);
     const std::unique_ptr<FrameSink> sink = openFrameSink(output, m_options.picture, m_options.frameRate);
@@ -92,9 +94,12 @@ void RecordingRenderer::render(int first, int last, const std::filesystem::path&
         sink->add(picture, number);
         afterFrame();
     }
+    if (sheetFile) {
+        writePng(*sheetFile, sheet.picture());
+    }
     sink->finish();
-    if (!contactSheet.empty()) {
-        writePng(contactSheet, sheet.picture());
+    if (sheetFile) {
+        sheetFile->commit();
     }
 }
 

@@ -8,6 +8,7 @@
 #include "tools/support/errors.h"
 #include "tools/support/inquotes.h"
 #include "tools/support/silence.h"
+#include "tools/support/wording.h"
 
 namespace kovtools {
 
@@ -84,8 +85,8 @@ void VideoFile::finish()
         found = picturesIn(m_file.path());
     }
     if (found != m_added) {
-        throw DataError("the video " + inQuotes(m_target) + " came out with " + std::to_string(found) +
-                        " pictures instead of " + std::to_string(m_added) + " (is the disk full?)");
+        throw DataError("the video " + inQuotes(m_target) + " came out with " + counted(found, "picture") +
+                        " instead of " + std::to_string(m_added) + " (is the disk full?)");
     }
     m_file.commit();
 }

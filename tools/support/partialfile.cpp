@@ -88,6 +88,16 @@ PartialFile::~PartialFile()
     }
 }
 
+void PartialFile::write(std::string_view bytes)
+{
+    std::ofstream stream(m_partial, std::ios::binary | std::ios::trunc);
+    stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    stream.close();
+    if (!stream) {
+        throw DataError("cannot write " + inQuotes(m_target) + " (is the disk full?)");
+    }
+}
+
 void PartialFile::commit()
 {
     std::error_code error;
@@ -101,12 +111,7 @@ void PartialFile::commit()
 void writeWholeFile(const fs::path& target, std::string_view bytes)
 {
     PartialFile file(target);
-    std::ofstream stream(file.path(), std::ios::binary | std::ios::trunc);
-    stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    stream.close();
-    if (!stream) {
-        throw DataError("cannot write " + inQuotes(target) + " (is the disk full?)");
-    }
+    file.write(bytes);
     file.commit();
 }
 

@@ -24,6 +24,9 @@ public:
     // Where to write; an empty file stands there already.
     const std::filesystem::path& path() const { return m_partial; }
 
+    // Makes `bytes` its whole content. Throws DataError.
+    void write(std::string_view bytes);
+
     // Puts the file in its place. Throws DataError when that fails.
     void commit();
 

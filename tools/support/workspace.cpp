@@ -3,35 +3,41 @@
 #include <QtCore/QDir>
 
 #include <algorithm>
+#include <exception>
 #include <string>
 #include <system_error>
-#include <utility>
 #include <vector>
 
 #include <KOVDoaHandle/api/library.h>
 
 #include "tools/support/errors.h"
-#include "tools/support/partialfile.h"
 
 namespace kovtools {
 
 namespace fs = std::filesystem;
 
-Workspace::Workspace(fs::path logTo)
-    : m_directory(QDir::tempPath() + "/kovdoa-XXXXXX"), m_logTo(std::move(logTo))
+Workspace::Workspace(const fs::path& logTo) : m_directory(QDir::tempPath() + "/kovdoa-XXXXXX")
 {
+    if (!logTo.empty()) {
+        m_log.emplace(logTo);
+    }
     std::error_code error;
     m_home = fs::current_path(error);
     if (!m_directory.isValid() || !QDir::setCurrent(m_directory.path())) {
         throw DataError("cannot create a temporary folder in '" + QDir::tempPath().toStdString() + "'");
     }
-    if (!m_logTo.empty()) {
+    if (m_log) {
         initLogging();
     }
 }
 
 Workspace::~Workspace()
 {
+    try {
+        keepLog();
+    } catch (const std::exception&) {
+        m_log.reset();  // the failure that brought us here is the one to report
+    }
     // A directory that is somebody's working directory cannot be removed everywhere.
     std::error_code ignored;
     fs::current_path(m_home, ignored);
@@ -48,7 +54,7 @@ void Workspace::link(const fs::path& target, const std::string& name)
 
 void Workspace::keepLog()
 {
-    if (m_logTo.empty()) {
+    if (!m_log) {
         return;
     }
     std::vector<fs::path> days;
@@ -61,7 +67,9 @@ void Workspace::keepLog()
     for (const fs::path& day : days) {
         text += readWholeFile(day);
     }
-    writeWholeFile(m_logTo, text);
+    m_log->write(text);
+    m_log->commit();
+    m_log.reset();
 }
 
 }  // namespace kovtools

@@ -5,7 +5,10 @@
 #include <QtCore/QTemporaryDir>
 
 #include <filesystem>
+#include <optional>
 #include <string>
+
+#include "tools/support/partialfile.h"
 
 namespace kovtools {
 
@@ -20,8 +23,12 @@ class Workspace
 {
 public:
     // Enters the directory. With `logTo` not empty the library's log is switched on at once and ends up in
-    // that file. Throws DataError when there is no room for temporary files.
-    explicit Workspace(std::filesystem::path logTo);
+    // that file. Throws DataError when there is no room for temporary files, or when that file cannot be
+    // written.
+    explicit Workspace(const std::filesystem::path& logTo);
+
+    // A log that has not been kept until now, because the command failed, is kept as far as possible: that is
+    // when it is wanted most.
     ~Workspace();
     Workspace(const Workspace&) = delete;
     Workspace& operator=(const Workspace&) = delete;
@@ -36,7 +43,7 @@ public:
 private:
     QTemporaryDir m_directory;
     std::filesystem::path m_home;
-    std::filesystem::path m_logTo;
+    std::optional<PartialFile> m_log;  // until it is kept
 };
 
 }  // namespace kovtools
