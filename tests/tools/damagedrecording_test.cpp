@@ -170,6 +170,55 @@ TEST(MissingFiles, GetOneSentenceAndStatusOne)
     }
 }
 
+TEST(TemporaryFolder, WithoutRoomIsNotBlamedOnTheRecording)
+{
+    const Sandbox sandbox;
+    writeRecording(sandbox / "a.kov", 20, 64, 64, [](int, int, int) { return 1.0F; });
+
+    const Outcome outcome = sandbox.runScript("ulimit -f 8; \"$0\" info a.kov --json");
+
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_TRUE(isOneSentence(outcome.err)) << outcome.err;
+    EXPECT_NE(outcome.err.find("is the temporary folder full?"), std::string::npos) << outcome.err;
+    const json info = json::parse(outcome.out);
+    EXPECT_EQ(info["complete"], true);
+    EXPECT_EQ(info["damage"], nullptr);
+    EXPECT_EQ(info["records"], 20);
+    EXPECT_LT(info["frames"], 20);
+}
+
+// A small part of the files below. The address sanitizer's own map of the memory takes far more than that.
+#ifdef __SANITIZE_ADDRESS__
+const std::string memoryLimit;
+#else
+const std::string memoryLimit = "ulimit -v 4000000; ";
+#endif
+
+TEST(HugeFiles, ThatAreNoRecordingsAreGivenUpWithoutReadingThem)
+{
+    const Sandbox sandbox;
+    writeFile(sandbox / "zeros.kov", "");
+    std::filesystem::resize_file(sandbox / "zeros.kov", 16ULL << 30U);
+
+    const Outcome outcome = sandbox.runScript(memoryLimit + "\"$0\" info zeros.kov");
+
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("is not a recording"), std::string::npos) << outcome.err;
+}
+
+TEST(HugeFiles, ThatBeginLikeRecordingsAreNotReadIntoMemory)
+{
+    const Sandbox sandbox;
+    const std::string whole = fourFrames(sandbox);
+    writeFile(sandbox / "zeros.kov", whole.substr(0, whole.find("--start--1")));
+    std::filesystem::resize_file(sandbox / "zeros.kov", 16ULL << 30U);
+
+    const Outcome outcome = sandbox.runScript(memoryLimit + "\"$0\" info zeros.kov");
+
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("a line has no end"), std::string::npos) << outcome.err;
+}
+
 TEST(Maps, OfLessThanFourRowsOrColumnsAreNotRendered)
 {
     const Sandbox sandbox;

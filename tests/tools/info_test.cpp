@@ -41,6 +41,7 @@ TEST(Info, TellsEverythingInJson)
     EXPECT_EQ(info["map"], (json{{"rows", 6}, {"cols", 8}}));
     EXPECT_EQ(info["picture"], (json{{"width", 320}, {"height", 240}}));
     EXPECT_EQ(info["fft_length"], 64);
+    EXPECT_EQ(info["records"], 5);
     EXPECT_EQ(info["frames"], 5);
     EXPECT_EQ(info["assumed_frame_rate_hz"], 25.0);
     EXPECT_DOUBLE_EQ(info["assumed_duration_s"], 0.2);

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <sstream>
 #include <string>
 
 #include "tests/tools/program.h"
@@ -13,7 +14,12 @@
 namespace {
 
 using kovtools::RecordingScan;
-using kovtools::scanRecording;
+
+RecordingScan scanned(const std::string& bytes)
+{
+    std::istringstream stream(bytes);
+    return kovtools::scanRecording(stream);
+}
 
 // Two frames of 4 x 5 cells.
 std::string twoFrames()
@@ -33,7 +39,7 @@ std::string replaced(std::string text, const std::string& from, const std::strin
 
 TEST(RecordingScan, FindsAWholeRecordingWhole)
 {
-    const RecordingScan scan = scanRecording(twoFrames());
+    const RecordingScan scan = scanned(twoFrames());
 
     EXPECT_TRUE(scan.isWhole());
     EXPECT_EQ(scan.completeRecords, 2);
@@ -51,7 +57,7 @@ TEST(RecordingScan, CountsTheCompleteRecordsHoweverManyBytesAreMissing)
     const std::size_t second = whole.find("--start--2");
     const std::size_t header = whole.find("--start--1");
     for (std::size_t length = 0; length < whole.size(); ++length) {
-        const RecordingScan scan = scanRecording(whole.substr(0, length));
+        const RecordingScan scan = scanned(whole.substr(0, length));
 
         const bool endsBetweenRecords = length == header || length == second;
         EXPECT_EQ(scan.isWhole(), endsBetweenRecords) << length;
@@ -70,7 +76,7 @@ TEST(RecordingScan, DoesNotTakeLineEndsInBinaryDataForLines)
     std::memcpy(&lineEnds, &bits, sizeof bits);
     kovtools::tests::writeRecording(file, 3, 4, 4, [&](int, int, int) { return lineEnds; });
 
-    const RecordingScan scan = scanRecording(kovtools::tests::readFile(file));
+    const RecordingScan scan = scanned(kovtools::tests::readFile(file));
 
     EXPECT_TRUE(scan.isWhole());
     EXPECT_EQ(scan.completeRecords, 3);
@@ -89,7 +95,7 @@ class DamagedRecording : public testing::TestWithParam<Damage>
 
 TEST_P(DamagedRecording, IsNotWhole)
 {
-    const RecordingScan scan = scanRecording(replaced(twoFrames(), GetParam().from, GetParam().to));
+    const RecordingScan scan = scanned(replaced(twoFrames(), GetParam().from, GetParam().to));
 
     EXPECT_FALSE(scan.isWhole());
     EXPECT_NE(scan.damage, "");
@@ -114,10 +120,38 @@ INSTANTIATE_TEST_SUITE_P(Scan, DamagedRecording,
                                          Damage{"NoEnd", "--end--", "--eod--"}),
                          [](const testing::TestParamInfo<Damage>& chosen) { return chosen.param.name; });
 
+TEST(RecordingScan, FindsLineEndsAndBlocksWhereverItsPiecesOfTheFileEnd)
+{
+    // A line of growing length before the records moves everything behind it over the ends of the pieces.
+    const std::string whole = twoFrames();
+    const std::size_t place = whole.find("==STRUCT_INFO_END");
+    for (std::size_t length = 256 * 1024 - 1200; length < 256 * 1024 + 10; ++length) {
+        std::string longer = whole;
+        longer.insert(place, std::string(length, '.') + "\r\n");
+
+        const RecordingScan scan = scanned(longer);
+
+        ASSERT_TRUE(scan.isWhole()) << length << ": " << scan.damage;
+        ASSERT_EQ(scan.completeRecords, 2) << length;
+        ASSERT_EQ(scan.bytes, longer.size());
+    }
+}
+
+TEST(RecordingScan, GivesUpALineWithoutAnEnd)
+{
+    const std::string whole = twoFrames();
+    const std::string header = whole.substr(0, whole.find("--start--1"));
+
+    const RecordingScan scan = scanned(header + std::string(20 * 1024 * 1024, '.'));
+
+    EXPECT_NE(scan.damage.find("damaged in record 1"), std::string::npos) << scan.damage;
+    EXPECT_NE(scan.damage.find("a line has no end"), std::string::npos) << scan.damage;
+}
+
 TEST(RecordingScan, FindsNothingInOtherFiles)
 {
     for (const std::string& other : {std::string(), std::string("hello\r\n"), std::string(1000, '\0')}) {
-        EXPECT_FALSE(scanRecording(other).isRecording);
+        EXPECT_FALSE(scanned(other).isRecording);
     }
 }
 

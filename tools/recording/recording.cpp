@@ -10,7 +10,6 @@
 #include "tools/support/errors.h"
 #include "tools/support/inquotes.h"
 #include "tools/support/interrupt.h"
-#include "tools/support/partialfile.h"
 #include "tools/support/workspace.h"
 
 namespace kovtools {
@@ -21,8 +20,7 @@ constexpr std::chrono::milliseconds pollInterval{1};  // the library signals the
 
 }  // namespace
 
-Recording::Recording(const std::filesystem::path& path)
-    : m_path(path), m_scan(scanRecording(readWholeFile(path)))
+Recording::Recording(const std::filesystem::path& path) : m_path(path), m_scan(scanRecordingFile(path))
 {
     if (!m_scan.isRecording) {
         throw DataError(inQuotes(m_path) +
@@ -40,14 +38,18 @@ Recording::Recording(const std::filesystem::path& path)
     }
     throwIfInterrupted();
     m_frames = std::min(m_scan.completeRecords, getResultFrame(m_handle.get()));
-    if (m_frames < m_scan.completeRecords && m_scan.damage.empty()) {
-        m_scan.damage = "could be loaded only as far as frame " + std::to_string(m_frames);
-    }
 }
 
 std::string Recording::complaint() const
 {
-    return m_scan.damage.empty() ? std::string() : inQuotes(m_path) + " " + m_scan.damage;
+    const std::string damage = m_scan.damage.empty() ? std::string() : inQuotes(m_path) + " " + m_scan.damage;
+    if (m_frames == m_scan.completeRecords) {
+        return damage;
+    }
+    // The file is not to blame: the library found no room for more.
+    return "of the " + std::to_string(m_scan.completeRecords) + " complete records of " + inQuotes(m_path) +
+           " only " + std::to_string(m_frames) + " could be loaded (is the temporary folder full?)" +
+           (damage.empty() ? "" : "; besides, " + damage);
 }
 
 EngMapResult& Recording::frame(int index) const

@@ -22,9 +22,11 @@ public:
     const std::filesystem::path& path() const { return m_path; }
     const RecordingScan& scan() const { return m_scan; }
 
-    // The sentence about what is wrong with the file; empty when it is whole.
+    // The sentence about why there is less than the file should hold: it is damaged, or the temporary folder had
+    // no room for all of its frames. Empty when all is well.
     std::string complaint() const;
 
+    // Loaded ones; fewer than scan() counts when there was no room for more.
     int frames() const { return m_frames; }
 
     // Frame `index`, from 0; its map and spectrum have the header's sizes. Throws DataError when the frame's

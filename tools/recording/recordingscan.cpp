@@ -1,7 +1,14 @@
 #include "tools/recording/recordingscan.h"
 
+#include <algorithm>
 #include <charconv>
+#include <fstream>
 #include <optional>
+#include <string_view>
+
+#include "tools/support/errors.h"
+#include "tools/support/inquotes.h"
+#include "tools/support/partialfile.h"
 
 namespace kovtools {
 
@@ -9,7 +16,9 @@ namespace {
 
 constexpr std::string_view lineEnd = "\r\n";
 constexpr std::int64_t largestBlock =
-    16LL * 1024 * 1024;  // bytes; the library loads no larger map or spectrum
+    16LL * 1024 * 1024;                                  // bytes; the library loads no larger map or spectrum
+constexpr std::size_t longestLine = 16UL * 1024 * 1024;  // bytes; far beyond what any writer makes
+constexpr std::size_t windowStep = 256UL * 1024;         // bytes
 
 // Thrown inside this file: the data ends too early, or says something impossible.
 struct CutOff
@@ -20,39 +29,83 @@ struct Damaged
     std::string what;
 };
 
+// Goes through a file of any size with a window of a few megabytes: not the whole of it need fit into memory.
 class Walker
 {
 public:
-    explicit Walker(std::string_view bytes) : m_rest(bytes) {}
+    explicit Walker(std::istream& stream) : m_stream(stream) {}
 
-    bool atEnd() const { return m_rest.empty(); }
+    bool atEnd() { return m_from == m_window.size() && !readMore(); }
 
+    bool startsWith(std::string_view text)
+    {
+        while (rest().size() < text.size() && readMore()) {
+        }
+        return rest().starts_with(text);
+    }
+
+    // Valid until the next call of anything here.
     std::string_view line()
     {
-        const std::size_t end = m_rest.find(lineEnd);
-        if (end == std::string_view::npos) {
-            throw CutOff{};
+        std::size_t searched = 0;
+        std::size_t end = rest().find(lineEnd);
+        while (end == std::string_view::npos) {
+            if (rest().size() > longestLine) {
+                throw Damaged{"a line has no end"};
+            }
+            // The window may end between the two letters of a line end.
+            searched = rest().empty() ? 0 : rest().size() - 1;
+            if (!readMore()) {
+                throw CutOff{};
+            }
+            end = rest().find(lineEnd, searched);
         }
-        const std::string_view text = m_rest.substr(0, end);
-        m_rest.remove_prefix(end + lineEnd.size());
+        const std::string_view text = rest().substr(0, end);
+        m_from += end + lineEnd.size();
         return text;
     }
 
     // Skips `count` raw bytes and the line end behind them.
     void block(std::int64_t count)
     {
-        if (m_rest.size() < static_cast<std::size_t>(count) + lineEnd.size()) {
-            throw CutOff{};
+        auto left = static_cast<std::size_t>(count);
+        while (left > rest().size()) {
+            left -= rest().size();
+            m_from = m_window.size();
+            if (!readMore()) {
+                throw CutOff{};
+            }
         }
-        m_rest.remove_prefix(static_cast<std::size_t>(count));
-        if (!m_rest.starts_with(lineEnd)) {
+        m_from += left;
+        while (rest().size() < lineEnd.size()) {
+            if (!readMore()) {
+                throw CutOff{};
+            }
+        }
+        if (!rest().starts_with(lineEnd)) {
             throw Damaged{"a block of binary data does not end where it should"};
         }
-        m_rest.remove_prefix(lineEnd.size());
+        m_from += lineEnd.size();
     }
 
 private:
-    std::string_view m_rest;
+    std::string_view rest() const { return std::string_view(m_window).substr(m_from); }
+
+    // False at the end of the file.
+    bool readMore()
+    {
+        m_window.erase(0, m_from);
+        m_from = 0;
+        const std::size_t kept = m_window.size();
+        m_window.resize(kept + windowStep);
+        m_stream.read(m_window.data() + kept, static_cast<std::streamsize>(windowStep));
+        m_window.resize(kept + static_cast<std::size_t>(m_stream.gcount()));
+        return m_window.size() > kept;
+    }
+
+    std::istream& m_stream;
+    std::string m_window;
+    std::size_t m_from = 0;  // what has not been walked over begins here
 };
 
 std::optional<int> number(std::string_view text)
@@ -191,14 +244,16 @@ std::string recordsBefore(int records)
 
 }  // namespace
 
-RecordingScan scanRecording(std::string_view bytes)
+RecordingScan scanRecording(std::istream& stream)
 {
     RecordingScan scan;
-    scan.bytes = bytes.size();
-    Walker walker(bytes);
+    stream.seekg(0, std::ios::end);
+    scan.bytes = static_cast<std::uint64_t>(std::max<std::streamoff>(stream.tellg(), 0));
+    stream.seekg(0);
+    Walker walker(stream);
     bool inHeader = true;
     try {
-        scan.isRecording = bytes.starts_with("==FILE_INFO_START==");
+        scan.isRecording = walker.startsWith("==FILE_INFO_START==");
         if (!scan.isRecording) {
             scan.damage = "is not a recording";
             return scan;
@@ -221,6 +276,16 @@ RecordingScan scanRecording(std::string_view bytes)
         scan.damage = inHeader ? "is damaged: " + damaged.what
                                : "is damaged in record " + std::to_string(scan.completeRecords + 1) + " (" +
                                      damaged.what + "); " + recordsBefore(scan.completeRecords);
+    }
+    return scan;
+}
+
+RecordingScan scanRecordingFile(const std::filesystem::path& file)
+{
+    std::ifstream stream = openForReading(file);
+    RecordingScan scan = scanRecording(stream);
+    if (stream.bad()) {
+        throw DataError("cannot read " + inQuotes(file));
     }
     return scan;
 }

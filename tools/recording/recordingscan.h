@@ -3,8 +3,9 @@
 #define KOVTOOLS_RECORDINGSCAN_H
 
 #include <cstdint>
+#include <filesystem>
+#include <istream>
 #include <string>
-#include <string_view>
 
 namespace kovtools {
 
@@ -30,8 +31,12 @@ struct RecordingScan
     bool isWhole() const { return isRecording && damage.empty(); }
 };
 
-// `bytes`: the whole file.
-RecordingScan scanRecording(std::string_view bytes);
+// `stream`: binary, can be rewound; read from its beginning in pieces. A file that is no recording is given up
+// after its first piece.
+RecordingScan scanRecording(std::istream& stream);
+
+// Throws DataError when the file is missing, unreadable or no regular file.
+RecordingScan scanRecordingFile(const std::filesystem::path& file);
 
 }  // namespace kovtools
 

@@ -61,6 +61,13 @@ ordered_json cellJson(const std::optional<MapCell>& cell)
     return json;
 }
 
+// Where not every record could be loaded, the rest of the answer is about fewer frames than the file has.
+std::string loadedOf(const RecordingSummary& summary)
+{
+    const int records = summary.scan.completeRecords;
+    return summary.frames == records ? std::string() : " loaded of " + std::to_string(records);
+}
+
 std::string wholeness(const RecordingScan& scan)
 {
     return scan.isWhole() ? "yes" : "no: it " + scan.damage;
@@ -97,7 +104,7 @@ std::string summaryText(const RecordingSummary& summary)
          << "map        " << scan.resRows << " rows x " << scan.resCols << " columns\n"
          << "picture    " << scan.imgCols << " x " << scan.imgRows << " pixels\n"
          << "spectrum   " << scan.fftLen / 2 + 1 << " bins (FFT length " << scan.fftLen << ")\n"
-         << "frames     " << summary.frames << '\n'
+         << "frames     " << summary.frames << loadedOf(summary) << '\n'
          << "duration   " << summary.durationSeconds() << " s, assuming " << summary.frameRate
          << " frames per second (records carry no time)\n";
     if (summary.highest) {
@@ -124,6 +131,7 @@ ordered_json summaryJson(const RecordingSummary& summary)
         {"map", {{"rows", scan.resRows}, {"cols", scan.resCols}}},
         {"picture", {{"width", scan.imgCols}, {"height", scan.imgRows}}},
         {"fft_length", scan.fftLen},
+        {"records", scan.completeRecords},
         {"frames", summary.frames},
         {"assumed_frame_rate_hz", summary.frameRate},
         {"assumed_duration_s", summary.durationSeconds()},

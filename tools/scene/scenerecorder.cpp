@@ -51,7 +51,7 @@ void SceneRecorder::record(const std::function<void()>& afterFrame)
 
 std::uint64_t SceneRecorder::finish()
 {
-    const RecordingScan scan = scanRecording(readWholeFile(m_file.path()));
+    const RecordingScan scan = scanRecordingFile(m_file.path());
     if (!scan.isWhole() || scan.completeRecords != m_scene.options().frames) {
         throw DataError("the recording could not be written completely (is the disk full?)");
     }

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <fstream>
 #include <string>
 #include <system_error>
 
@@ -115,7 +114,7 @@ void writeWholeFile(const fs::path& target, std::string_view bytes)
     file.commit();
 }
 
-std::string readWholeFile(const fs::path& source)
+std::ifstream openForReading(const fs::path& source)
 {
     std::error_code error;
     const fs::file_status status = fs::status(source, error);
@@ -132,7 +131,20 @@ std::string readWholeFile(const fs::path& source)
     if (!stream) {
         throw DataError("cannot read " + inQuotes(source));
     }
-    std::string bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    return stream;
+}
+
+std::string readWholeFile(const fs::path& source)
+{
+    constexpr std::size_t step = 256UL * 1024;  // bytes
+    std::ifstream stream = openForReading(source);
+    std::string bytes;
+    while (stream) {
+        const std::size_t before = bytes.size();
+        bytes.resize(before + step);
+        stream.read(bytes.data() + before, static_cast<std::streamsize>(step));
+        bytes.resize(before + static_cast<std::size_t>(stream.gcount()));
+    }
     if (stream.bad()) {
         throw DataError("cannot read " + inQuotes(source));
     }

@@ -3,6 +3,7 @@
 #define KOVTOOLS_PARTIALFILE_H
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <string_view>
 
@@ -38,6 +39,9 @@ private:
 
 // Writes `bytes` as the whole content of `target`. Throws DataError.
 void writeWholeFile(const std::filesystem::path& target, std::string_view bytes);
+
+// Opens a file in binary. Throws DataError when it is missing, unreadable or no regular file.
+std::ifstream openForReading(const std::filesystem::path& source);
 
 // Reads a whole file. Throws DataError when it is missing, unreadable or no regular file.
 std::string readWholeFile(const std::filesystem::path& source);
