@@ -11,7 +11,7 @@ namespace KOVResult {
 
 namespace {
 
-// Half the second-level cache of a small processor: large enough for few reads, small enough to stay there.
+// Small enough to stay in the second-level cache while it is parsed, large enough for a read to be a small part of it.
 constexpr std::size_t chunkBytes = std::size_t{128} * 1024;
 
 }  // namespace
