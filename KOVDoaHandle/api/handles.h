@@ -6,10 +6,12 @@
 struct EngMapResult;
 class KOVOFFLineDoaObject;
 class KOVDoaResultSerialize;
+class KOVAudioReSample;
 #else
 typedef struct EngMapResult EngMapResult;
 typedef struct KOVOFFLineDoaObject KOVOFFLineDoaObject;
 typedef struct KOVDoaResultSerialize KOVDoaResultSerialize;
+typedef struct KOVAudioReSample KOVAudioReSample;
 #endif
 
 #endif
