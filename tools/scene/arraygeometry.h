@@ -6,12 +6,13 @@
 
 namespace kovtools {
 
-// Metres, in the plane of the array, seen from behind it as the camera looks: x to the right, y up, the
-// origin in the middle of the array, where the camera is.
+// Metres, seen from behind the array as the camera looks: x to the right, y up, z towards the scene, the origin in
+// the middle of the array, where the camera is.
 struct Microphone
 {
     double x;
     double y;
+    double z = 0.0;
 };
 
 constexpr int arrayMicrophones = 208;

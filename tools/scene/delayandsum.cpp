@@ -42,7 +42,8 @@ void sumGroup(const std::vector<Weight>& weights, const float* spectra, float* r
 double steeringPhase(const Microphone& microphone, const Direction& direction, double frequency)
 {
     const double waveNumber = 2.0 * std::numbers::pi * frequency / speedOfSound;
-    return waveNumber * (microphone.x * direction.x + microphone.y * direction.y);
+    return waveNumber *
+           (microphone.x * direction.x + microphone.y * direction.y + microphone.z * direction.z);
 }
 
 MicrophoneSpectra::MicrophoneSpectra(int microphones, int snapshots)
