@@ -23,15 +23,14 @@ struct IIRCoef_t
 // Designs second-order low-pass and high-pass sections. The analogue prototypes are
 //   low-pass 1 / (s^2 + s/Q + 1), high-pass s^2 / (s^2 + s/Q + 1),
 // carried over by the bilinear transform and prewarped so that the corner stands at the named frequency, by the
-// formulas of R. Bristow-Johnson, "Audio EQ Cookbook" (W3C Note,
-// 2021). Slope 12 dB per octave; gain at the corner = Q times the pass band's (-3 dB at 0.707); for
-// Q > 0.707 the response peaks near the corner.
+// formulas of R. Bristow-Johnson, "Audio EQ Cookbook" (W3C Note, 2021). Slope 12 dB per octave; gain at the
+// corner = Q times the pass band's (-3 dB at 0.707); for Q > 0.707 the response peaks near the corner.
 //   cutoff      corner in Hz
 //   q           quality factor, dimensionless
 //   gain        of the pass band, linear; 1 leaves the level alone
 //   sampleRate  in Hz
-// Worked out in double precision and rounded together: the pass band's gain is right to 1e-6, the gain at the
-// corner to 2e-4 of Q for corners of 10 Hz and up at 96 kHz (5e-4 below).
+// Worked out in double precision and rounded together: the pass band's gain is right to 1e-6, the corner's place
+// to 1e-4 and, for Q up to 2, its gain to 2e-4 for corners of 10 Hz and up at 96 kHz (5e-4 below).
 //
 // Every argument gives finite coefficients of a stable section:
 //   cutoff      is moved to at least rate / 25000 from 0 and from rate / 2 (single precision carries no closer:
