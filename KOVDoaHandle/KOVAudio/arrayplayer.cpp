@@ -1,0 +1,81 @@
+#include <KOVDoaHandle/KOVAudio/arrayplayer_p.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace KOVAudio {
+
+ArrayPlayer::ArrayPlayer(std::shared_ptr<const WavSet> recording, std::shared_ptr<SourceList> sources,
+                         qint64 index)
+    : m_recording(std::move(recording)), m_sources(std::move(sources)), m_index(index)
+{
+    if (!m_recording->firstBlock().empty()) {
+        // Not copies of one: they would all share its block.
+        m_pool.resize(poolBlocks);
+        for (KOVAudioBuffer& buffer : m_pool) {
+            buffer.init(m_recording->channels(), m_recording->blockSize());
+        }
+    }
+}
+
+void ArrayPlayer::run()
+{
+    std::unique_lock lock(m_mutex);
+    // Tested under the lock that stop() takes, so that no stop can slip in between the test and the wait.
+    while (m_isWorking) {
+        m_isWaiting = true;
+        m_woken.wait(lock, [this] { return !m_isWaiting; });
+        lock.unlock();
+        publish();
+        lock.lock();
+    }
+}
+
+void ArrayPlayer::setIndex(qint64 index)
+{
+    m_index = index;
+    wake();
+}
+
+void ArrayPlayer::stop()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isWorking = false;
+    }
+    wake();
+}
+
+void ArrayPlayer::wake()
+{
+    const std::lock_guard lock(m_mutex);
+    m_isWaiting = false;
+    m_woken.notify_one();
+}
+
+void ArrayPlayer::publish()
+{
+    if (m_pool.empty()) {
+        return;
+    }
+    KOVAudioBuffer& buffer = m_pool[m_next];
+    m_next = (m_next + 1) % m_pool.size();
+    buffer.setTimeStamp(timeStampMs());
+    // The samples are always the recording's first block; only the time follows the index.
+    const auto blockSize = static_cast<std::size_t>(m_recording->blockSize());
+    const float* from = m_recording->firstBlock().data();
+    for (int channel = 0; channel < m_recording->channels(); ++channel, from += blockSize) {
+        std::copy_n(from, blockSize, buffer.data(channel));
+    }
+    m_sources->append(buffer);
+}
+
+// From the start of the recording; rounded after every step, like all that hosts compute with it.
+float ArrayPlayer::timeStampMs() const
+{
+    constexpr float msPerSecond = 1000.0F;
+    return static_cast<float>(m_index) * static_cast<float>(m_recording->blockSize()) * msPerSecond /
+           static_cast<float>(m_recording->sampleRateHz());
+}
+
+}  // namespace KOVAudio
