@@ -16,7 +16,8 @@ struct Microphone
 };
 
 constexpr int arrayMicrophones = 208;
-constexpr double arrayAperture = 0.20;  // m, diameter of the circle that holds every microphone
+constexpr double largestArrayRadius = 10.0;  // m, of any array; simulated sections have room for such delays
+constexpr double arrayAperture = 0.20;       // m, diameter of the circle that holds every microphone
 
 // A sunflower (Vogel) spiral: microphone m of M at radius R sqrt((m + 1/2) / M), R half the aperture, and
 // angle m times the golden angle, counted counter-clockwise from the x axis. Each microphone stands for the

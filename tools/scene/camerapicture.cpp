@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <numbers>
 #include <opencv2/imgproc.hpp>
 
@@ -204,6 +205,14 @@ WallPoint wallPoint(const WallCanvas& canvas, PicturePosition position)
     return {(2.0 * position.u - 1.0) * canvas.halfWidth(), (1.0 - 2.0 * position.v) * canvas.halfHeight()};
 }
 
+// A name on a round label.
+void drawLabel(WallCanvas& canvas, const std::string& name, WallPoint middle)
+{
+    canvas.disc(middle, 0.105, Paint(40, 40, 40));
+    canvas.disc(middle, 0.090, pathPaint);
+    canvas.lettering(name, middle, 0.095, Paint(40, 40, 40));
+}
+
 // Dashes of equal length along the way that a source takes during the recording, and its name where it
 // starts.
 void drawPath(WallCanvas& canvas, const SoundSource& source, double duration)
@@ -221,11 +230,18 @@ void drawPath(WallCanvas& canvas, const SoundSource& source, double duration)
         last = next;
     }
     const WallPoint start = wallPoint(canvas, source.positionAt(0.0));
-    canvas.disc(start, 0.105, Paint(40, 40, 40));
-    canvas.disc(start, 0.090, pathPaint);
-    canvas.lettering(source.name, start, 0.095, Paint(40, 40, 40));
+    drawLabel(canvas, source.name, start);
     const WallPoint end = wallPoint(canvas, source.positionAt(duration));
     canvas.ring(end, 0.05, 0.02, pathPaint);
+}
+
+// A ring around the place, so that what leaks stays visible, and the name below it.
+void drawStandingMark(WallCanvas& canvas, const StandingMark& mark)
+{
+    const WallPoint middle = wallPoint(canvas, mark.position);
+    canvas.ring(middle, 0.14, 0.024, pathPaint);
+    canvas.line(middle - WallPoint(0.0, 0.14), middle - WallPoint(0.0, 0.24), 0.024, pathPaint);
+    drawLabel(canvas, mark.name, middle - WallPoint(0.0, 0.33));
 }
 
 // Two lamps above the picture, darker corners, and the grain of a sensor.
@@ -254,23 +270,39 @@ void light(cv::Mat& picture)
     }
 }
 
+cv::Mat drawWall(cv::Size size, const std::function<void(WallCanvas&)>& drawMarks)
+{
+    const double halfWidth =
+        sceneDistance * std::tan(0.5 * FieldOfView::horizontalDegrees * std::numbers::pi / 180.0);
+    WallCanvas canvas(size.width, size.height, halfWidth, sceneDistance);
+    paintWall(canvas);
+    paintFloor(canvas);
+    drawThingsWithShadows(canvas);
+    drawMarks(canvas);
+    cv::Mat picture = canvas.finish();
+    light(picture);
+    return picture;
+}
+
 }  // namespace
 
 cv::Mat drawCameraPicture(const SceneSimulation& scene)
 {
     const SceneOptions& options = scene.options();
-    const double halfWidth =
-        sceneDistance * std::tan(0.5 * FieldOfView::horizontalDegrees * std::numbers::pi / 180.0);
-    WallCanvas canvas(options.pictureWidth, options.pictureHeight, halfWidth, sceneDistance);
-    paintWall(canvas);
-    paintFloor(canvas);
-    drawThingsWithShadows(canvas);
-    for (const SoundSource& source : scene.sources()) {
-        drawPath(canvas, source, options.frames / options.frameRate);
-    }
-    cv::Mat picture = canvas.finish();
-    light(picture);
-    return picture;
+    return drawWall({options.pictureWidth, options.pictureHeight}, [&](WallCanvas& canvas) {
+        for (const SoundSource& source : scene.sources()) {
+            drawPath(canvas, source, options.frames / options.frameRate);
+        }
+    });
+}
+
+cv::Mat drawCameraPicture(cv::Size size, const std::vector<StandingMark>& sources)
+{
+    return drawWall(size, [&](WallCanvas& canvas) {
+        for (const StandingMark& source : sources) {
+            drawStandingMark(canvas, source);
+        }
+    });
 }
 
 }  // namespace kovtools

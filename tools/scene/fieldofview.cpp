@@ -29,6 +29,11 @@ Direction FieldOfView::direction(PicturePosition position) const
     return {x / length, y / length, 1.0 / length};
 }
 
+PicturePosition FieldOfView::position(const Direction& direction) const
+{
+    return {0.5 + 0.5 * direction.x / direction.z / m_tanX, 0.5 - 0.5 * direction.y / direction.z / m_tanY};
+}
+
 std::vector<Direction> FieldOfView::cellDirections(int rows, int cols) const
 {
     std::vector<Direction> directions;

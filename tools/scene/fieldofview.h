@@ -36,6 +36,9 @@ public:
 
     Direction direction(PicturePosition position) const;
 
+    // Where a direction (z greater than 0) appears; outside 0 to 1 beside the picture.
+    PicturePosition position(const Direction& direction) const;
+
     // Directions of the middles of all cells of a map, row-major: row 0 at the top, column 0 at the left.
     std::vector<Direction> cellDirections(int rows, int cols) const;
 

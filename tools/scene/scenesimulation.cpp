@@ -114,23 +114,12 @@ void SceneSimulation::fillOtherBins(SimulatedFrame& frame)
     }
 }
 
-void SceneSimulation::hearFrame(SimulatedFrame& frame, int firstSnapshot,
-                                std::vector<MicrophoneSpectra>& spectra)
+void SceneSimulation::hearFrame(SimulatedFrame& frame, int firstSnapshot, std::vector<BeamformedBin>& bins)
 {
     for (std::size_t i = 0; i < m_bins.size(); ++i) {
-        hearFrequency(frame, m_bins[i], firstSnapshot, spectra[i]);
+        hearFrequency(frame, m_bins[i], firstSnapshot, bins[i].spectra);
     }
     fillOtherBins(frame);
-}
-
-// Sum of |y|^2 over the frequencies, per look direction and snapshot.
-std::vector<float> SceneSimulation::beamform(const std::vector<MicrophoneSpectra>& spectra) const
-{
-    std::vector<float> powers(m_beamformer.looks() * static_cast<std::size_t>(spectra.front().snapshots()));
-    for (std::size_t i = 0; i < m_bins.size(); ++i) {
-        m_beamformer.addPowers(spectra[i], binFrequency(m_bins[i]), powers);
-    }
-    return powers;
 }
 
 std::vector<SimulatedFrame> SceneSimulation::nextFrames()
@@ -140,26 +129,23 @@ std::vector<SimulatedFrame> SceneSimulation::nextFrames()
     if (count <= 0) {
         return frames;
     }
-    const int snapshots = count * snapshotsPerFrame;
-    std::vector<MicrophoneSpectra> spectra(m_bins.size(), MicrophoneSpectra(arrayMicrophones, snapshots));
+    // Each beamformed bin stands for its part of the band; so the map shows pressures over the whole band.
+    const float weight = static_cast<float>(bandBins()) / (beamformedFrequencies * snapshotsPerFrame);
+    std::vector<BeamformedBin> bins;
+    for (const int bin : m_bins) {
+        bins.push_back(
+            {binFrequency(bin), weight, MicrophoneSpectra(arrayMicrophones, count * snapshotsPerFrame)});
+    }
     for (int i = 0; i < count; ++i) {
         frames.push_back(startFrame(m_nextFrame++));
-        hearFrame(frames.back(), i * snapshotsPerFrame, spectra);
+        hearFrame(frames.back(), i * snapshotsPerFrame, bins);
     }
 
-    const std::vector<float> powers = beamform(spectra);
-    // Each beamformed bin stands for its part of the band; so the map shows pressures over the whole band.
-    const float scale = static_cast<float>(bandBins()) / (beamformedFrequencies * snapshotsPerFrame);
-    for (int i = 0; i < count; ++i) {
-        std::vector<float>& map = frames[static_cast<std::size_t>(i)].map;
+    std::vector<float> powers(m_beamformer.looks() * static_cast<std::size_t>(count));
+    m_beamformer.addPowers(bins, snapshotsPerFrame, powers);
+    for (std::size_t i = 0; i < frames.size(); ++i) {
         for (std::size_t look = 0; look < m_beamformer.looks(); ++look) {
-            const float* power =
-                powers.data() + look * static_cast<std::size_t>(snapshots) + i * snapshotsPerFrame;
-            float sum = 0.0F;
-            for (int snapshot = 0; snapshot < snapshotsPerFrame; ++snapshot) {
-                sum += power[snapshot];
-            }
-            map.push_back(std::max(std::sqrt(scale * sum), quietestLevel));
+            frames[i].map.push_back(std::max(std::sqrt(powers[look * frames.size() + i]), quietestLevel));
         }
     }
     return frames;

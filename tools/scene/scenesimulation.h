@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "tools/scene/delayandsum.h"
+#include "tools/beamform/delayandsum.h"
 #include "tools/scene/fieldofview.h"
 #include "tools/scene/random.h"
 #include "tools/scene/soundsource.h"
@@ -69,7 +69,7 @@ private:
     int bandBins() const { return m_lastBandBin - m_firstBandBin + 1; }
     double sourcePower(std::size_t source, int bin, double level) const;
     SimulatedFrame startFrame(int number);
-    void hearFrame(SimulatedFrame& frame, int firstSnapshot, std::vector<MicrophoneSpectra>& spectra);
+    void hearFrame(SimulatedFrame& frame, int firstSnapshot, std::vector<BeamformedBin>& bins);
     void hearFrequency(SimulatedFrame& frame, int bin, int firstSnapshot, MicrophoneSpectra& spectra);
     void fillOtherBins(SimulatedFrame& frame);
     std::vector<float> beamform(const std::vector<MicrophoneSpectra>& spectra) const;

@@ -107,6 +107,11 @@ void PartialFile::commit()
     m_committed = true;
 }
 
+std::optional<PartialFile> openIfWanted(const fs::path& target)
+{
+    return target.empty() ? std::optional<PartialFile>() : std::optional<PartialFile>(std::in_place, target);
+}
+
 void writeWholeFile(const fs::path& target, std::string_view bytes)
 {
     PartialFile file(target);

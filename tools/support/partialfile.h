@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -36,6 +37,9 @@ private:
     std::filesystem::path m_partial;
     bool m_committed = false;
 };
+
+// Nothing for an empty path: an output that the user did not ask for.
+std::optional<PartialFile> openIfWanted(const std::filesystem::path& target);
 
 // Writes `bytes` as the whole content of `target`. Throws DataError.
 void writeWholeFile(const std::filesystem::path& target, std::string_view bytes);

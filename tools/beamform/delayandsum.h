@@ -5,23 +5,23 @@
 #include <complex>
 #include <vector>
 
+#include "tools/beamform/beamkernels.h"
 #include "tools/scene/arraygeometry.h"
 #include "tools/scene/fieldofview.h"
+#include "tools/scene/propagation.h"
 
 namespace kovtools {
-
-constexpr double speedOfSound = 343.0;  // m/s, dry air at 20 degrees Celsius
 
 // Phase by which a plane wave from `direction` reaches a microphone before the middle of the array, rad. With
 // the time dependence exp(-i w t) the microphone's spectrum is the wave's times exp(-i phase).
 double steeringPhase(const Microphone& microphone, const Direction& direction, double frequency);
 
-// Spectra of all microphones at one frequency, of several snapshots at once. Snapshots lie in groups of eight
-// so that one vector instruction works on as many of them as the machine has lanes.
+// Spectra of all microphones at one frequency, of several snapshots at once, with the time dependence exp(-i w t).
+// Snapshots lie in groups so that one vector instruction works on as many of them as the machine has lanes.
 class MicrophoneSpectra
 {
 public:
-    static constexpr int lanes = 8;
+    static constexpr int lanes = BeamKernels::lanes;
 
     MicrophoneSpectra(int microphones, int snapshots);
 
@@ -42,21 +42,38 @@ private:
     std::vector<float> m_values;
 };
 
+// One frequency that is beamformed, and what its power counts for.
+struct BeamformedBin
+{
+    double frequency;  // Hz
+    float weight;
+    MicrophoneSpectra spectra;
+};
+
 // y(look) = 1/M sum over the microphones m of x_m exp(+i phase of m for look): waves from `look` add up in
 // step.
 class DelayAndSum
 {
 public:
-    DelayAndSum(std::vector<Microphone> array, std::vector<Direction> looks);
+    // The array looks at points in the given directions, all at `distance` metres from its middle.
+    DelayAndSum(std::vector<Microphone> array, std::vector<Direction> looks, double distance = infinitelyFar);
 
     std::size_t looks() const { return m_looks.size(); }
 
-    // Adds |y|^2 to powers[look * spectra.snapshots() + snapshot].
-    void addPowers(const MicrophoneSpectra& spectra, double frequency, std::vector<float>& powers) const;
+    // The bins have the same number of snapshots, whose powers are summed in runs of `run` (the last may be shorter):
+    // adds to sums[look * runs + r] the weight |y|^2 of all bins and of the snapshots run r, ... Uses all cores; the
+    // result is the same on any number of them.
+    void addPowers(const std::vector<BeamformedBin>& bins, int run, std::vector<float>& sums) const;
 
 private:
+    struct Tile;
+
+    void addTile(const std::vector<BeamformedBin>& bins, int run, std::size_t firstLook, Tile& tile,
+                 std::vector<float>& sums) const;
+
     std::vector<Microphone> m_array;
     std::vector<Direction> m_looks;
+    double m_distance;
 };
 
 }  // namespace kovtools
