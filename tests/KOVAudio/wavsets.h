@@ -8,6 +8,7 @@
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QtEndian>
 
+#include <array>
 #include <cstring>
 #include <optional>
 
@@ -33,7 +34,7 @@ inline float sampleOf(int arrayChannel, int frame)
 inline QByteArray headerOf(const WavFile& file)
 {
     const int frameBytes = file.channels * file.bits / 8;
-    QByteArray raw(44, '\0');
+    std::array<char, 44> raw{};
     const auto put = [&raw](int at, const auto value) { qToLittleEndian(value, raw.data() + at); };
     if (file.hasMagicWords) {
         std::memcpy(raw.data(), "RIFF", 4);
@@ -48,7 +49,7 @@ inline QByteArray headerOf(const WavFile& file)
     put(32, static_cast<quint16>(frameBytes));
     put(34, static_cast<quint16>(file.bits));
     put(40, static_cast<quint32>(file.dataBytes.value_or(qint64{file.frames} * 8 * file.bits / 8)));
-    return raw;
+    return QByteArray(raw.data(), static_cast<int>(raw.size()));
 }
 
 // The bytes of the file with the given number in a set: its header and `frames` frames of eight samples.
