@@ -31,9 +31,9 @@ Samples noise(std::size_t count)
 // A block and room for what comes out of it.
 struct Block
 {
-    explicit Block(const benchmark::State& state)
-        : outRate(static_cast<int>(state.range(0))),
-          in(noise(static_cast<std::size_t>(state.range(1)))),
+    Block(int wantedRate, std::size_t count)
+        : outRate(wantedRate),
+          in(noise(count)),
           out(in.size() * static_cast<std::size_t>(outRate) / inRate + 1)
     {
     }
