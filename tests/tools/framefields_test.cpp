@@ -35,7 +35,8 @@ struct Filled
         options.cols = 32;
         SceneSimulation scene(options);
         frame = scene.nextFrames().front();
-        fillFrameFields(scene, frame, *record);
+        fillFrameFields({scene.firstBandBin(), scene.lastBandBin(), 5.0F}, frame.map, frame.spectrum,
+                        *record);
     }
 
     SimulatedFrame frame;
@@ -74,7 +75,7 @@ TEST(FrameFields, ShowTheExtremesAboveTheMedian)
               filled.record->maxSpl.value >= filled.record->maxSplExtern.value);
 }
 
-TEST(FrameFields, StateTheDistanceOfTheWall)
+TEST(FrameFields, StateTheDistance)
 {
     EXPECT_EQ(Filled().record->distance, 5.0F);
 }

@@ -31,12 +31,23 @@ std::size_t MicrophoneSpectra::groupOffset(int index) const
     return static_cast<std::size_t>(index) * static_cast<std::size_t>(m_microphones) * 2 * lanes;
 }
 
+std::size_t MicrophoneSpectra::offset(int microphone, int snapshot) const
+{
+    return groupOffset(snapshot / lanes) +
+           static_cast<std::size_t>(microphone * 2 * lanes + snapshot % lanes);
+}
+
 void MicrophoneSpectra::set(int microphone, int snapshot, std::complex<float> value)
 {
-    float* const pair =
-        m_values.data() + groupOffset(snapshot / lanes) + microphone * 2 * lanes + snapshot % lanes;
-    pair[0] = value.real();
-    pair[lanes] = value.imag();
+    float* const real = m_values.data() + offset(microphone, snapshot);
+    real[0] = value.real();
+    real[lanes] = value.imag();
+}
+
+std::complex<float> MicrophoneSpectra::at(int microphone, int snapshot) const
+{
+    const float* const real = m_values.data() + offset(microphone, snapshot);
+    return {real[0], real[lanes]};
 }
 
 // What is worked on together: a few looks, whose delays serve all bins.

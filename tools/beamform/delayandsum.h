@@ -30,12 +30,14 @@ public:
     int groups() const { return (m_snapshots + lanes - 1) / lanes; }
 
     void set(int microphone, int snapshot, std::complex<float> value);
+    std::complex<float> at(int microphone, int snapshot) const;
 
     // For each microphone in turn `lanes` real parts, then `lanes` imaginary parts; unused lanes are 0.
     const float* group(int index) const { return m_values.data() + groupOffset(index); }
 
 private:
     std::size_t groupOffset(int index) const;
+    std::size_t offset(int microphone, int snapshot) const;  // of the real part
 
     int m_microphones;
     int m_snapshots;

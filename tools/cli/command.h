@@ -28,6 +28,7 @@ using Action = std::function<ExitStatus(const CommonOptions&)>;
 // Each adds one command (with its own options and help) to `parent`. When the user chooses it, its action is
 // put into `chosen`, to be run after all arguments have been found right.
 void addSimulateCommand(CLI::App& parent, Action& chosen);
+void addBeamformCommand(CLI::App& parent, Action& chosen);
 void addInfoCommand(CLI::App& parent, Action& chosen);
 void addRenderCommand(CLI::App& parent, Action& chosen);
 

@@ -139,6 +139,7 @@ int runCommandLine(int argc, const char* const* argv)
         "  kovdoa render leak.kov -o leak.mp4 --camera wall.png\n\n"
         "Exit status: 0 good, 1 bad data, 2 bad usage, 130 interrupted.");
     addSimulateCommand(app, action);
+    addBeamformCommand(app, action);
     addInfoCommand(app, action);
     addRenderCommand(app, action);
 

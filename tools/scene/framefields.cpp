@@ -5,8 +5,6 @@
 
 #include <KOVDoaHandle/imaging/kovmapsearch.h>
 
-#include "tools/scene/scenesimulation.h"
-
 namespace kovtools {
 
 namespace {
@@ -55,10 +53,10 @@ fpoint2d lowered(fpoint2d point, float median)
     return point;
 }
 
-float bandLevel(const SceneSimulation& scene, const std::vector<float>& spectrum)
+float bandLevel(const FrameContext& context, const std::vector<float>& spectrum)
 {
     double sum = 0.0;
-    for (int bin = scene.firstBandBin(); bin <= scene.lastBandBin(); ++bin) {
+    for (int bin = context.firstBandBin; bin <= context.lastBandBin; ++bin) {
         sum += spectrum[static_cast<std::size_t>(bin)];
     }
     constexpr double microPascals = 120.0;  // dB from 1 Pa to 1 uPa
@@ -81,26 +79,27 @@ const TargetPoint* nearest(const std::vector<TargetPoint>& points, const TargetP
 
 }  // namespace
 
-void fillFrameFields(const SceneSimulation& scene, const SimulatedFrame& frame, EngMapResult& record)
+void fillFrameFields(const FrameContext& context, const std::vector<float>& map,
+                     const std::vector<float>& spectrum, EngMapResult& record)
 {
-    const int rows = scene.options().rows;
-    const int cols = scene.options().cols;
+    const int rows = record.ResEngMap->rows;
+    const int cols = record.ResEngMap->cols;
     // Not the library's searches: those report the position (0, 0) when the cell they start from is the
     // extreme one.
     Extremes inside;
     Extremes outside;
-    const float* value = frame.map.data();
+    const float* value = map.data();
     for (int row = 0; row < rows; ++row) {
         std::copy_n(value, cols, record.ResEngMap->data[row]);
         for (int col = 0; col < cols; ++col) {
             (isInRegion(row, col, rows, cols) ? inside : outside).take(*value++, row, col);
         }
     }
-    std::copy(frame.spectrum.begin(), frame.spectrum.end(), record.PowerSpec->data);
+    std::copy(spectrum.begin(), spectrum.end(), record.PowerSpec->data);
 
-    record.median = medianOf(frame.map);
-    record.PowerBandsFFTSpec = bandLevel(scene, frame.spectrum);
-    record.distance = static_cast<float>(sceneDistance);
+    record.median = medianOf(map);
+    record.PowerBandsFFTSpec = bandLevel(context, spectrum);
+    record.distance = context.distance;
     record.maxSpl = inside.max;
     record.minSpl = inside.min;
     record.maxSplExtern = outside.max;

@@ -2,17 +2,13 @@
 #ifndef KOVTOOLS_SCENERECORDER_H
 #define KOVTOOLS_SCENERECORDER_H
 
-#include <KOVDoaHandle/api/results.h>
-#include <KOVDoaHandle/result/kovdoaresultserialize.h>
-
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <memory>
 #include <nlohmann/json.hpp>
 
+#include "tools/recording/recordingwriter.h"
 #include "tools/scene/framefields.h"
-#include "tools/support/partialfile.h"
 
 namespace kovtools {
 
@@ -31,20 +27,12 @@ public:
     // Where the sources were, frame by frame.
     const nlohmann::ordered_json& truth() const { return m_truth; }
 
-    // Checks that every frame has reached the disk (the writer reports no errors), puts the file in its place
-    // and returns its size in bytes. Throws DataError.
-    std::uint64_t finish();
+    // Puts the file in its place and returns its size in bytes. Throws DataError.
+    std::uint64_t finish() { return m_writer.finish(); }
 
 private:
-    struct Release
-    {
-        void operator()(EngMapResult* record) const { releaseResultHandle(record); }
-    };
-
     SceneSimulation& m_scene;
-    PartialFile m_file;
-    KOVDoaResultSerialize m_writer;
-    std::unique_ptr<EngMapResult, Release> m_record;
+    RecordingWriter m_writer;
     PeakMarker m_peaks;
     bool m_withPeaks;
     nlohmann::ordered_json m_truth;
