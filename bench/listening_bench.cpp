@@ -1,6 +1,6 @@
-// The listener: a block fed and read. Peer: the same chain as six plain direct-form loops, one after the other over
-// the block, then mixer, standard deviation, limiter and conversion, all in single precision. `Operation/size` is
-// ours, the same name with `/peer` the peer; the ratio of the two is what counts.
+// The listener: a block fed and read. Peer: the same chain as six plain direct-form loops, one after the
+// other over the block, then mixer, standard deviation, limiter and conversion, all in single precision.
+// `Operation/size` is ours, the same name with `/peer` the peer; the ratio of the two is what counts.
 #include <benchmark/benchmark.h>
 
 #include <KOVDoaHandle/KOVAudio/kovsuperheterodyne.h>

@@ -1,7 +1,7 @@
-// The array's self-test over one second of 208 channels. Peers: of the alignment test, two transforms for each of
-// its 104 pairs, with arrays and plan of their own each time; of levels and neighbours, one pass of reading the
-// store, summed in vectors. `Operation/size` is ours, the same name with `/peer` the peer; the ratio of the two is
-// what counts.
+// The array's self-test over one second of 208 channels. Peers: of the alignment test, two transforms for
+// each of its 104 pairs, with arrays and plan of their own each time; of levels and neighbours, one pass of
+// reading the store, summed in vectors. `Operation/size` is ours, the same name with `/peer` the peer; the
+// ratio of the two is what counts.
 #include <benchmark/benchmark.h>
 
 #include <KOVDoaHandle/KOVAudio/kovmultmiccheck.h>
@@ -21,8 +21,8 @@ namespace {
 constexpr std::size_t channels = 208;
 constexpr std::size_t samples = 96000;
 
-// Different: neighbours are told apart within a few samples, as in a sound array. Identical: every walk goes to its
-// end, the worst that can happen.
+// Different: neighbours are told apart within a few samples, as in a sound array. Identical: every walk goes
+// to its end, the worst that can happen.
 enum class Neighbours { Different, Identical };
 
 class Store

@@ -40,8 +40,9 @@ private:
     FFTPlan m_plan;
 };
 
-// Lag of b relative to a in samples, -n / 2 ... (n - 1) / 2: negative where b is late. 0 when a channel is silent or
-// holds a NaN: nothing of the correlation is a number then, and the first place counts as its maximum.
+// Lag of b relative to a in samples, -n / 2 ... (n - 1) / 2: negative where b is late. 0 when a channel is
+// silent or holds a NaN: nothing of the correlation is a number then, and the first place counts as its
+// maximum.
 class ChannelAlignment
 {
 public:

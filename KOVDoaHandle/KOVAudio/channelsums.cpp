@@ -7,8 +7,8 @@ namespace KOVPrivate {
 
 namespace {
 
-// Intervals whose areas are worked out before they are added up: the table of one group stays in the first-level
-// cache.
+// Intervals whose areas are worked out before they are added up: the table of one group stays in the
+// first-level cache.
 constexpr int pieceSize = 256;
 
 using Areas = std::array<std::array<float, pieceSize>, channelGroup>;

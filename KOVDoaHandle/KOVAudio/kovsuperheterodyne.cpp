@@ -24,7 +24,7 @@ constexpr float outputFullScale = 32767.0F;
 constexpr double makeUpGain = 29.54242509;
 constexpr float loudestLevel = 60.0F;  // dB on getDecibel()'s scale
 
-// What the host's audio output needs to play out or to fill its buffers around a change of the base frequency.
+// Agreed pause around a restart.
 constexpr std::chrono::milliseconds settlingTime{50};
 
 float sumInOrder(const float* x, int n)
@@ -43,8 +43,8 @@ float standardDeviation(const float* x, int n, float sum)
     const float mean = sum / count;
     float squares = 0.0F;
     for (int i = 0; i < n; ++i) {
-        // Agreed as a double square rounded to float. The product of two floats is exact in double, so that is
-        // the single-precision product.
+        // Agreed as a double square rounded to float. The product of two floats is exact in double, so that
+        // is the single-precision product.
         const float deviation = x[i] - mean;
         squares += deviation * deviation;
     }

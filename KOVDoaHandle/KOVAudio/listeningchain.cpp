@@ -20,8 +20,8 @@ constexpr std::size_t oscillatorLength = 409600;
 // Added to every sample of the oscillator; would let some of the unmixed band through.
 constexpr float oscillatorOffset = 0.0F;
 
-// Samples that one stage takes before the next one gets them; a multiple of the four that a filter works on at
-// once.
+// Samples that one stage takes before the next one gets them; a multiple of the four that a filter works on
+// at once.
 constexpr int pieceSize = 64;
 
 std::unique_ptr<KOVFilter> lowPass(float cutoff, float q)
@@ -65,8 +65,8 @@ void ListeningChain::fillOscillator(float baseFrequency)
 {
     m_oscillator.resize(oscillatorLength);
     for (std::size_t i = 0; i < oscillatorLength; ++i) {
-        // Agreed down to the bit: cycles are counted in single precision (good to a hundredth of a cycle at the
-        // end of what is read), the angle in double.
+        // Agreed down to the bit: cycles are counted in single precision (good to a hundredth of a cycle at
+        // the end of what is read), the angle in double.
         const float cycles = static_cast<float>(i) / sampleRate * baseFrequency;
         const double angle = 2.0 * (std::numbers::pi * double{cycles});
         m_oscillator[i] = static_cast<float>(double{oscillatorOffset} + std::cos(angle));
@@ -93,9 +93,10 @@ void ListeningChain::mix(float* samples, int first, int n) const
 
 float ListeningChain::process(float* samples, int n)
 {
-    // Each stage waits for itself most of the time: a filter for its last outputs, the sum for its last addition.
-    // So all of them work side by side, each on the piece that the stage before it has just left, and the
-    // processor fills the waits of one with the work of the others. The bits are those of whole blocks.
+    // Each stage waits for itself most of the time: a filter for its last outputs, the sum for its last
+    // addition. So all of them work side by side, each on the piece that the stage before it has just left,
+    // and the processor fills the waits of one with the work of the others. The bits are those of whole
+    // blocks.
     constexpr int stageCount = int{filterCount} + 1;
     const int pieces = (n + pieceSize - 1) / pieceSize;
     float sum = 0.0F;

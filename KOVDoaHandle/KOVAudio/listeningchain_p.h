@@ -25,8 +25,8 @@ public:
     // Clears every filter and the phase.
     void reset();
 
-    // Runs n samples through band filter, mixer, low-passes and rumble filter, in place, and advances the phase.
-    // Returns the sum of what comes out, added up in index order in single precision.
+    // Runs n samples through band filter, mixer, low-passes and rumble filter, in place, and advances the
+    // phase. Returns the sum of what comes out, added up in index order in single precision.
     float process(float* samples, int n);
 
 private:

@@ -9,8 +9,8 @@
 
 namespace KOVPrivate {
 
-// A bounded list of samples between the thread that feeds and the thread that reads. Every call takes the lock, so
-// each sees the others whole. Holds nothing, and takes nothing, before allocate().
+// A bounded list of samples between the thread that feeds and the thread that reads. Every call takes the
+// lock, so each sees the others whole. Holds nothing, and takes nothing, before allocate().
 class ListeningInput
 {
 public:
@@ -44,8 +44,8 @@ public:
         m_count += taken;
     }
 
-    // Hands everything pending over in exchange for `emptied`, an array of the same capacity, without copying.
-    // Returns how many samples there are.
+    // Hands everything pending over in exchange for `emptied`, an array of the same capacity, without
+    // copying. Returns how many samples there are.
     int take(std::unique_ptr<float[]>& emptied)
     {
         const std::lock_guard lock(m_lock);

@@ -9,7 +9,8 @@ namespace KOVPrivate {
 
 namespace {
 
-// Guards the planner, which is one for the whole process. Never destroyed: plans may go after main() has ended.
+// Guards the planner, which is one for the whole process. Never destroyed: plans may go after main() has
+// ended.
 std::mutex& plannerLock()
 {
     static std::mutex* const lock = new std::mutex;

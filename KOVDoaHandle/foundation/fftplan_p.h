@@ -8,8 +8,8 @@
 
 namespace KOVPrivate {
 
-// `size` complex numbers as (real, imaginary) pairs, zero at first, aligned for the fastest transforms. Any two
-// arrays of one size are aligned alike, so plans on them are alike too. Size 0 or less: an empty array.
+// `size` complex numbers as (real, imaginary) pairs, zero at first, aligned for the fastest transforms. Any
+// two arrays of one size are aligned alike, so plans on them are alike too. Size 0 or less: an empty array.
 class FFTArray
 {
 public:
@@ -31,8 +31,9 @@ private:
 // exp(-2 pi i j k / n) and exp(+2 pi i j k / n); neither divides by n.
 enum class FFTDirection { Forward, Backward };
 
-// An estimated plan (nothing is measured, so the same sizes give the same plan and the same bits in every run)
-// from one array to another of the same size. The arrays must outlive it and keep what they hold while it is made.
+// An estimated plan (nothing is measured, so the same sizes give the same plan and the same bits in every
+// run) from one array to another of the same size. The arrays must outlive it and keep what they hold while
+// it is made.
 // Threads: plans may be made and destroyed at any time from any thread, since all of them go through one
 // process-wide lock: the planner is not re-entrant. Executing takes no lock; one plan, one thread at a time.
 class FFTPlan

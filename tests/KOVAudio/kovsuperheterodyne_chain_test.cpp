@@ -71,7 +71,8 @@ INSTANTIATE_TEST_SUITE_P(All, ListeningReadings,
 
 TEST(ListeningPhase, RunsOnOverReadingsAndComesBackAfterTwoSeconds)
 {
-    // Readings of an odd size, so that the phase meets the end of its cycle nowhere near a reading's beginning.
+    // Readings of an odd size, so that the phase meets the end of its cycle nowhere near a reading's
+    // beginning.
     const Samples signal = noise(7 * 71'001, 0.3F, 21);
     const auto monitor = startedMonitor();
     PlainChain plain(38600.0F);

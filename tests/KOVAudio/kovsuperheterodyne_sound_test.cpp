@@ -20,8 +20,8 @@ namespace {
 
 using std::numbers::pi;
 
-// Mean power of the part of 48 kHz sound between two frequencies in Hz, by the transform's definition behind a Hann
-// window; bins are 48000 / size apart.
+// Mean power of the part of 48 kHz sound between two frequencies in Hz, by the transform's definition behind
+// a Hann window; bins are 48000 / size apart.
 double powerBetween(std::span<const short> sound, double lowest, double highest)
 {
     const auto size = static_cast<double>(sound.size());
@@ -207,8 +207,8 @@ TEST(MeasuredUltrasound, BringsBatCallsIntoTheAudibleBand)
     feed(*monitor, recording);
     const Sound sound = readFrom(*monitor);
 
-    // Where the three calls are, in samples at 48 kHz, and a pause between two of them. The calls sweep through 27 to
-    // 23 kHz.
+    // Where the three calls are, in samples at 48 kHz, and a pause between two of them. The calls sweep
+    // through 27 to 23 kHz.
     constexpr std::size_t length = 512;
     const auto part = [&](std::size_t first) { return std::span(sound).subspan(first, length); };
     const double pause = power(part(10'800));
