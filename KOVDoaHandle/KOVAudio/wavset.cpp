@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <new>
 
 #include <KOVDoaHandle/KOVAudio/deinterleave_p.h>
 #include <KOVDoaHandle/foundation/kovlog_p.h>
@@ -110,7 +109,7 @@ bool WavSet::loadFile(const QString& name, Samples& samples)
     }
     const qint64 frames = header.dataBytes / frameBytes;
     samples.stride = strideOf(static_cast<std::size_t>(frames));
-    samples.memory.reset(new (std::nothrow) float[samples.stride * fileChannels]);
+    samples.memory = allocateSamples(samples.stride * fileChannels);
     if (samples.memory == nullptr) {
         KOVDOA_DEBUG(source) << "no memory for the samples, left out:" << name;
         return false;

@@ -6,9 +6,9 @@
 #include <QtCore/QtGlobal>
 
 #include <cstddef>
-#include <memory>
 #include <vector>
 
+#include <KOVDoaHandle/KOVAudio/samplememory_p.h>
 #include <KOVDoaHandle/KOVAudio/wavheader_p.h>
 
 class QFile;
@@ -40,7 +40,7 @@ private:
     // Eight channels, one behind the other, uninitialised at first.
     struct Samples
     {
-        std::unique_ptr<float[]> memory;
+        SampleMemory memory;
         std::size_t stride = 0;  // floats from one channel to the next
         std::size_t frames = 0;  // of each channel that have been read
     };

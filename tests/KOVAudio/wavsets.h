@@ -10,7 +10,6 @@
 
 #include <array>
 #include <cstring>
-#include <optional>
 
 namespace StreamTesting {
 
@@ -20,8 +19,8 @@ struct WavFile
     int channels = 8;
     int rate = 96000;
     int bits = 32;
-    int frames = 2048;                     // sample frames that the file really holds
-    std::optional<qint64> dataBytes = {};  // said in the header, where it is not what the file holds
+    int frames = 2048;      // sample frames that the file really holds
+    qint64 dataBytes = -1;  // said in the header; -1: what the file holds
     bool hasMagicWords = true;
 };
 
@@ -48,7 +47,7 @@ inline QByteArray headerOf(const WavFile& file)
     put(28, static_cast<quint32>(file.rate * frameBytes));
     put(32, static_cast<quint16>(frameBytes));
     put(34, static_cast<quint16>(file.bits));
-    put(40, static_cast<quint32>(file.dataBytes.value_or(qint64{file.frames} * 8 * file.bits / 8)));
+    put(40, static_cast<quint32>(file.dataBytes < 0 ? qint64{file.frames} * file.bits : file.dataBytes));
     return QByteArray(raw.data(), static_cast<int>(raw.size()));
 }
 
