@@ -9,13 +9,19 @@
 
 namespace kovtools {
 
+namespace {
+
+constexpr double highestFrequency = 47000.0;  // Hz
+
+}  // namespace
+
 LeakHiss::LeakHiss(double level, double hump, std::uint64_t seed)
     : m_random(seed), m_amplitudes(HissLayout::content / 2 + 1)
 {
     const double spacing = sampleRate / HissLayout::content;
     double inBand = 0.0;
-    // No constant pressure, and nothing at exactly half the rate, whose phase cannot be shifted.
-    for (std::size_t k = 1; k + 1 < m_amplitudes.size(); ++k) {
+    // No constant pressure, and nothing near half the rate, where a shifted phase would be lost.
+    for (std::size_t k = 1; static_cast<double>(k) * spacing < highestFrequency; ++k) {
         const double frequency = static_cast<double>(k) * spacing;
         m_amplitudes[k] = leakDensity(frequency, hump);
         inBand += frequency >= bandLow && frequency <= bandHigh ? m_amplitudes[k] : 0.0;
