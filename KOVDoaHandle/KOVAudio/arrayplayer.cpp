@@ -5,6 +5,36 @@
 
 namespace KOVAudio {
 
+namespace {
+
+// Whether each channel follows the one before without a gap, as those of a pool's buffer do unless a consumer has
+// exchanged the pointers.
+bool liesInOnePiece(KOVAudioBuffer& buffer)
+{
+    float* const* const channels = buffer.data();
+    for (int channel = 1; channel < buffer.channels(); ++channel) {
+        if (channels[channel] != channels[channel - 1] + buffer.samples()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// One long copy is faster than one a channel: the processor is told the whole extent.
+void fill(KOVAudioBuffer& buffer, const std::vector<float>& samples)
+{
+    if (liesInOnePiece(buffer)) {
+        std::copy(samples.begin(), samples.end(), buffer.data(0));
+        return;
+    }
+    const float* from = samples.data();
+    for (int channel = 0; channel < buffer.channels(); ++channel, from += buffer.samples()) {
+        std::copy_n(from, buffer.samples(), buffer.data(channel));
+    }
+}
+
+}  // namespace
+
 ArrayPlayer::ArrayPlayer(std::shared_ptr<const WavSet> recording, std::shared_ptr<SourceList> sources,
                          qint64 index)
     : m_recording(std::move(recording)), m_sources(std::move(sources)), m_index(index)
@@ -62,11 +92,7 @@ void ArrayPlayer::publish()
     m_next = (m_next + 1) % m_pool.size();
     buffer.setTimeStamp(timeStampMs());
     // The samples are always the recording's first block; only the time follows the index.
-    const auto blockSize = static_cast<std::size_t>(m_recording->blockSize());
-    const float* from = m_recording->firstBlock().data();
-    for (int channel = 0; channel < m_recording->channels(); ++channel, from += blockSize) {
-        std::copy_n(from, blockSize, buffer.data(channel));
-    }
+    fill(buffer, m_recording->firstBlock());
     m_sources->append(buffer);
 }
 

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
-#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include <KOVDoaHandle/KOVAudio/kovaudiosource.h>
@@ -318,6 +318,27 @@ TEST(KOVHwMultAudio, RotatesThroughSixtyBlocks)
         EXPECT_NE(listener.block(i).data(), listener.block(0).data());
     }
     EXPECT_EQ(listener.block(60).data(), listener.block(0).data());
+}
+
+TEST(KOVHwMultAudio, FillsABlockWhoseChannelsAConsumerHasExchanged)
+{
+    const WavFolder folder;
+    folder.writeSet(1);
+    KOVHwMultAudio reader(8);
+    ASSERT_TRUE(reader.init(folder.path()));
+    Listener listener(reader);
+    reader.start();
+    KOVAudioBuffer first = publishOne(reader, listener, 0);
+    std::swap(first.data()[0], first.data()[7]);
+
+    for (int i = 1; i <= 60; ++i) {
+        publishOne(reader, listener, i);
+    }
+    reader.close();
+
+    KOVAudioBuffer again = listener.block(60);
+    ASSERT_EQ(again.data(), first.data());
+    expectFirstBlock(again, 8, 1024, 2048);
 }
 
 TEST(KOVHwMultAudio, SharesOneBlockAmongAllSources)
