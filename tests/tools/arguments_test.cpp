@@ -35,7 +35,8 @@ TEST_P(Help, GoesToStdoutWithAnExampleAndStatusZero)
 
 INSTANTIATE_TEST_SUITE_P(EveryLevel, Help,
                          testing::Values(Arguments{}, Arguments{"simulate"}, Arguments{"simulate", "scene"},
-                                         Arguments{"info"}, Arguments{"render"}));
+                                         Arguments{"info"}, Arguments{"render"}, Arguments{"listen"},
+                                         Arguments{"resample"}, Arguments{"mix"}));
 
 struct WrongUse
 {
@@ -70,7 +71,7 @@ TEST_P(WrongArguments, GetOneSentenceOnStderrAndStatusTwo)
 
 INSTANTIATE_TEST_SUITE_P(
     OfTheProgram, WrongArguments,
-    testing::Values(WrongUse{{}, "simulate, info, render"}, WrongUse{{"frobnicate"}, "frobnicate"},
+    testing::Values(WrongUse{{}, "simulate, beamform, info, render"}, WrongUse{{"frobnicate"}, "frobnicate"},
                     WrongUse{{"--frobnicate"}, "--frobnicate"}, WrongUse{{"info"}, "FILE"},
                     WrongUse{{"info", "--jsn"}, "--jsn"}, WrongUse{{"info", "a.kov", "b.kov"}, "b.kov"},
                     WrongUse{{"info", ""}, "file name"}, WrongUse{{"info", "a.kov", "--fps", "0"}, "--fps"},
@@ -125,6 +126,36 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongUse{{"render", "a.kov", "-o", "x", "--dynamic"}, "--dynamic needs a value"},
                     WrongUse{{"render", "a.kov", "-o", "x", "--contact-sheet", "s.jpg"}, ".png"},
                     WrongUse{{"render", "a.kov", "-o", "x.gif"}, ".mp4 or .avi"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    OfListen, WrongArguments,
+    testing::Values(WrongUse{{"listen", "-o", "x.wav"}, "IN"}, WrongUse{{"listen", "a.wav"}, "--output"},
+                    WrongUse{{"listen", "a.wav", "-o", "x.mp3"}, "must end in .wav"},
+                    WrongUse{{"listen", "a.wav", "-o", "x.wav", "--base", "19999"}, "from 20000 to 43000"},
+                    WrongUse{{"listen", "a.wav", "-o", "x.wav", "--base", "43001"}, "from 20000 to 43000"},
+                    WrongUse{{"listen", "a.wav", "-o", "x.wav", "--base", "nan"}, "--base"},
+                    WrongUse{{"listen", "a.wav", "-o", "x.wav", "--volume", "61"}, "--volume"},
+                    WrongUse{{"listen", "a.wav", "-o", "x.wav", "--channel", "0"}, "--channel"},
+                    WrongUse{{"listen", "a.wav", "-o", "x.wav", "--microphone", "208"}, "from 0 to 207"},
+                    WrongUse{{"listen", "a.wav", "-o", "a.wav"}, "both IN and -o"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    OfResample, WrongArguments,
+    testing::Values(
+        WrongUse{{"resample", "a.wav", "-o", "x.wav"}, "--rate"},
+        WrongUse{{"resample", "a.wav", "--rate", "48000"}, "--output"},
+        WrongUse{{"resample", "a.wav", "-o", "x.wav", "--rate", "999"}, "from 1000 to 768000"},
+        WrongUse{{"resample", "a.wav", "-o", "x.wav", "--rate", "48000.5"}, "'48000.5'"},
+        WrongUse{{"resample", "a.wav", "-o", "x.wav", "--rate", "48000", "--gain", "inf"}, "--gain"},
+        WrongUse{{"resample", "a.wav", "-o", "x.wav", "--rate", "48000", "--format", "8"}, "16, 24, float"},
+        WrongUse{{"resample", "a.wav", "-o", "x", "--rate", "48000"}, "must end in .wav"}));
+
+INSTANTIATE_TEST_SUITE_P(OfMix, WrongArguments,
+                         testing::Values(WrongUse{{"mix", "-o", "x.wav"}, "IN"},
+                                         WrongUse{{"mix", "a.wav", "b.wav"}, "--output"},
+                                         WrongUse{{"mix", "a.wav", "", "-o", "x.wav"}, "file name"},
+                                         WrongUse{{"mix", "a.wav", "b.wav", "-o", "b.wav"}, "both IN and -o"},
+                                         WrongUse{{"mix", "a.wav", "-o", "x.flac"}, "must end in .wav"}));
 
 TEST(Version, NamesTheProgramTheLibraryAndWhatBothWereBuiltWith)
 {

@@ -142,6 +142,9 @@ int runCommandLine(int argc, const char* const* argv)
     addBeamformCommand(app, action);
     addInfoCommand(app, action);
     addRenderCommand(app, action);
+    addListenCommand(app, action);
+    addResampleCommand(app, action);
+    addMixCommand(app, action);
 
     try {
         app.parse(argc, argv);

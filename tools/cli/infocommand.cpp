@@ -1,12 +1,16 @@
-// kovdoa info: what is in a recording.
+// kovdoa info: what is in a recording of maps, or of array audio.
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <system_error>
 
+#include "tools/arrayaudio/arrayrecording.h"
+#include "tools/audio/arraysummary.h"
 #include "tools/cli/command.h"
 #include "tools/cli/optiontypes.h"
 #include "tools/recording/recording.h"
 #include "tools/recording/recordingsummary.h"
+#include "tools/scene/arraygeometry.h"
 #include "tools/support/filepaths.h"
 #include "tools/support/workspace.h"
 
@@ -18,6 +22,7 @@ struct InfoOptions
 {
     std::filesystem::path file;
     double frameRate = 25.0;
+    int channels = arrayMicrophones;
     bool json = false;
 };
 
@@ -29,13 +34,10 @@ void checkFiles(const InfoOptions& options, const CommonOptions& common)
     files.checkDistinct();
 }
 
-ExitStatus showInfo(const InfoOptions& options, const CommonOptions& common)
+template <typename Summary>
+void showSummary(const Summary& summary, bool json)
 {
-    checkFiles(options, common);
-    Workspace workspace(common.log);
-    const Recording recording(options.file);
-    const RecordingSummary summary = summarise(recording, options.frameRate);
-    if (options.json) {
+    if (json) {
         // A file name may be any bytes; JSON is UTF-8.
         std::cout << summaryJson(summary).dump(2, ' ', false,
                                                nlohmann::ordered_json::error_handler_t::replace)
@@ -44,6 +46,24 @@ ExitStatus showInfo(const InfoOptions& options, const CommonOptions& common)
         std::cout << summaryText(summary);
     }
     std::cout.flush();
+}
+
+ExitStatus showInfo(const InfoOptions& options, const CommonOptions& common)
+{
+    checkFiles(options, common);
+    Workspace workspace(common.log);
+    std::error_code error;
+    if (std::filesystem::is_directory(options.file, error)) {
+        if (options.channels % channelsPerFile != 0) {
+            throw UsageError("--channels " + std::to_string(options.channels) +
+                             " is not a multiple of 8; each file of array audio holds 8");
+        }
+        showSummary(summariseArray(options.file, options.channels), options.json);
+        workspace.keepLog();
+        return EXIT_GOOD;
+    }
+    const Recording recording(options.file);
+    showSummary(summarise(recording, options.frameRate), options.json);
     workspace.keepLog();
     if (!recording.complaint().empty()) {
         throw DataError(recording.complaint());
@@ -55,13 +75,18 @@ ExitStatus showInfo(const InfoOptions& options, const CommonOptions& common)
 
 void addInfoCommand(CLI::App& parent, Action& chosen)
 {
-    CLI::App* const info = parent.add_subcommand("info", "Say what is in a recording");
+    CLI::App* const info =
+        parent.add_subcommand("info", "Say what is in a recording, or in a folder of array audio");
     const auto options = std::make_shared<InfoOptions>();
-    addPath(*info, "FILE", options->file, "FILE", "The recording")->required();
+    addPath(*info, "FILE", options->file, "FILE",
+            "The recording of maps, or the folder with data-0.wav and so on")
+        ->required();
     info->add_flag("--json", options->json, "Answer in JSON");
     addNumber(*info, "--fps", options->frameRate, 0.1, 1000.0,
               "Frames per second to assume for the duration: records carry no time");
-    info->footer("Example:\n  kovdoa info leak.kov --json");
+    addInteger(*info, "--channels", options->channels, 8, 1024,
+               "Channels of a folder of array audio, a multiple of 8");
+    info->footer("Example:\n  kovdoa info leak.kov --json\n  kovdoa info array --channels 208");
     info->callback([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return showInfo(*options, common); };
     });

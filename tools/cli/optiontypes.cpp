@@ -180,6 +180,20 @@ CLI::Option* addPath(CLI::App& app, const std::string& name, std::filesystem::pa
     return app.add_option_function<std::string>(name, read, help)->type_name(kind);
 }
 
+CLI::Option* addPaths(CLI::App& app, const std::string& name, std::vector<std::filesystem::path>& target,
+                      const std::string& kind, const std::string& help)
+{
+    const auto read = [&target, name](const std::vector<std::string>& texts) {
+        for (const std::string& text : texts) {
+            if (text.empty()) {
+                reject(name, text, "a file name");
+            }
+            target.push_back(absolutePath(name, text));
+        }
+    };
+    return app.add_option_function<std::vector<std::string>>(name, read, help)->type_name(kind);
+}
+
 CLI::Option* addFrameRange(CLI::App& app, const std::string& name, FrameRange& target,
                            const std::string& help)
 {

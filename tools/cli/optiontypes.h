@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <opencv2/core/types.hpp>
 #include <string>
+#include <vector>
 
 namespace kovtools {
 
@@ -31,6 +32,10 @@ CLI::Option* addSize(CLI::App& app, const std::string& name, cv::Size& target, c
 // A file or folder; stored as an absolute path, because the program changes its working directory later.
 CLI::Option* addPath(CLI::App& app, const std::string& name, std::filesystem::path& target,
                      const std::string& kind, const std::string& help);
+
+// Any number of files, each stored like that.
+CLI::Option* addPaths(CLI::App& app, const std::string& name, std::vector<std::filesystem::path>& target,
+                      const std::string& kind, const std::string& help);
 
 // "A:B", "A:", ":B" or "A": frames from 1, both ends included.
 struct FrameRange
