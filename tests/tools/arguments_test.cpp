@@ -36,7 +36,7 @@ TEST_P(Help, GoesToStdoutWithAnExampleAndStatusZero)
 INSTANTIATE_TEST_SUITE_P(EveryLevel, Help,
                          testing::Values(Arguments{}, Arguments{"simulate"}, Arguments{"simulate", "scene"},
                                          Arguments{"info"}, Arguments{"render"}, Arguments{"listen"},
-                                         Arguments{"resample"}, Arguments{"mix"}));
+                                         Arguments{"resample"}, Arguments{"mix"}, Arguments{"miccheck"}));
 
 struct WrongUse
 {
@@ -156,6 +156,12 @@ INSTANTIATE_TEST_SUITE_P(OfMix, WrongArguments,
                                          WrongUse{{"mix", "a.wav", "", "-o", "x.wav"}, "file name"},
                                          WrongUse{{"mix", "a.wav", "b.wav", "-o", "b.wav"}, "both IN and -o"},
                                          WrongUse{{"mix", "a.wav", "-o", "x.flac"}, "must end in .wav"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    OfMicCheck, WrongArguments,
+    testing::Values(WrongUse{{"miccheck"}, "DIR"}, WrongUse{{"miccheck", "a", "b"}, "not expected: b"},
+                    WrongUse{{"miccheck", "a", "--plot", "x.jpg"}, ".png"},
+                    WrongUse{{"miccheck", "a", "--plot", "a/data-3.wav"}, "both DIR and"}));
 
 TEST(Version, NamesTheProgramTheLibraryAndWhatBothWereBuiltWith)
 {

@@ -34,6 +34,7 @@ void addRenderCommand(CLI::App& parent, Action& chosen);
 void addListenCommand(CLI::App& parent, Action& chosen);
 void addResampleCommand(CLI::App& parent, Action& chosen);
 void addMixCommand(CLI::App& parent, Action& chosen);
+void addMicCheckCommand(CLI::App& parent, Action& chosen);
 
 }  // namespace kovtools
 

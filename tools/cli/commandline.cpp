@@ -145,6 +145,7 @@ int runCommandLine(int argc, const char* const* argv)
     addListenCommand(app, action);
     addResampleCommand(app, action);
     addMixCommand(app, action);
+    addMicCheckCommand(app, action);
 
     try {
         app.parse(argc, argv);
