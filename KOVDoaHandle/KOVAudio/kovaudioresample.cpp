@@ -28,6 +28,10 @@ inline float positionOf(int k, float ratio)
 // first and their end can be found by halving.
 int reachableOutputs(float ratio, int inCount, int outCount)
 {
+    // Between -1 and 0 a position is truncated to 0, which an empty block does not have either.
+    if (inCount <= 0) {
+        return 0;
+    }
     // In double precision every count is exact. A NaN compares false.
     const auto isInside = [ratio, inCount](int k) {
         const double position = double{positionOf(k, ratio)};

@@ -420,6 +420,12 @@ TEST(KOVAudioReSample, StopsBeforeTheBlockBeginsForRatesOfDifferentSign)
     EXPECT_EQ(fastResampled({1.0F, 2.0F}, 1, -2, 4), (Samples{1.0F, 1.0F, untouched, untouched}));
 }
 
+TEST(KOVAudioReSample, WritesNothingForAnEmptyBlockAtRatesOfDifferentSign)
+{
+    EXPECT_EQ(fastResampled({}, 1, -2, 3), Samples(3, untouched));
+    EXPECT_EQ(fastResampled({}, -1, 1000, 5), Samples(5, untouched));
+}
+
 TEST(KOVAudioReSample, StaysInTheBlockForTheMostExtremeRatios)
 {
     EXPECT_EQ(fastResampled({1.0F, 2.0F}, largestInt, 1, 3), (Samples{1.0F, untouched, untouched}));
