@@ -3,6 +3,7 @@
 #include <KOVDoaHandle/KOVAudio/wavset_p.h>
 
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 
 #include <algorithm>
 #include <array>
@@ -92,9 +93,10 @@ bool WavSet::loadFile(const QString& name, Samples& samples)
 {
     QFile file(name);
     std::array<unsigned char, WavHeader::bytes> raw{};
-    // Unbuffered: all reads are large, and a buffer in between would copy everything once more.
-    if (name.contains(QChar(0)) || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ||
-        file.size() == 0) {
+    // Asked before it is opened: opening a pipe would wait until somebody writes to it. The file itself is unbuffered:
+    // all reads are large, and a buffer in between would copy everything once more.
+    if (name.contains(QChar(0)) || !QFileInfo(file).isFile() ||
+        !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) || file.size() == 0) {
         return false;
     }
     const qint64 headerBytes = file.read(reinterpret_cast<char*>(raw.data()), WavHeader::bytes);

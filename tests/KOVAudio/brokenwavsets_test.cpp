@@ -4,6 +4,8 @@
 
 #include <QtCore/QDir>
 
+#include <sys/stat.h>
+
 #include <limits>
 #include <string>
 #include <vector>
@@ -120,6 +122,14 @@ TEST(UnusualWavSets, FailWhereAFolderBearsTheNameOfAFile)
 {
     const WavFolder folder;
     QDir().mkdir(folder.file(0));
+
+    EXPECT_FALSE(KOVHwMultAudio(8).init(folder.path()));
+}
+
+TEST(UnusualWavSets, FailWithoutWaitingWhereAPipeBearsTheNameOfAFile)
+{
+    const WavFolder folder;
+    ASSERT_EQ(::mkfifo(folder.file(0).toLocal8Bit().constData(), 0600), 0);
 
     EXPECT_FALSE(KOVHwMultAudio(8).init(folder.path()));
 }
