@@ -2,7 +2,7 @@
 //
 //   kovdoa_example_listen_to_recording FOLDER CHANNELS BLOCKS
 //
-// Exits with 0 when all blocks have come and are not silent.
+// Exits with 0 when all blocks have come and are not silent, 2 when it was called wrongly, otherwise 1.
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -56,7 +56,13 @@ int main(int argc, char** argv)
         std::cerr << "usage: " << argv[0] << " FOLDER CHANNELS BLOCKS\n";
         return 2;
     }
-    KOVHwMultAudio reader(std::atoi(argv[2]));
+    constexpr int mostChannels = 1024;
+    const int channels = std::atoi(argv[2]);
+    if (channels < 8 || channels > mostChannels) {
+        std::cerr << "CHANNELS is a number from 8 to " << mostChannels << ", not '" << argv[2] << "'\n";
+        return 2;
+    }
+    KOVHwMultAudio reader(channels);
     if (!reader.init(argv[1])) {
         std::cerr << "cannot load the recording in '" << argv[1] << "'\n";
         return 1;

@@ -52,6 +52,17 @@ TEST(ListenToRecording, FailsWhereTheRecordingCannotBeLoaded)
     EXPECT_EQ(runExample({}).exitCode, 2);
 }
 
+TEST(ListenToRecording, RefusesAnArrayThatNobodyHas)
+{
+    const WavFolder folder;
+
+    for (const char* const channels : {"2000000000", "1025", "7", "-8", "many"}) {
+        const Outcome run =
+            runExample({QString::fromUtf8(folder.path()), QString::fromUtf8(channels), QStringLiteral("1")});
+        EXPECT_EQ(run.exitCode, 2) << channels;
+    }
+}
+
 TEST(ListenToRecording, FailsWhereTheRecordingIsSilent)
 {
     const WavFolder folder;
