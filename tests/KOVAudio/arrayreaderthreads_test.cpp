@@ -232,7 +232,7 @@ TEST_F(ArrayReaderThreads, TakeNewSourcesAndLoseDeletedOnesWhileTheyPublish)
     reader->close();
 }
 
-TEST_F(ArrayReaderThreads, DoNotTakeADeletedSourceForANewOneAtItsAddress)
+TEST_F(ArrayReaderThreads, TakeADeletedSourceBackWithoutLosingAnother)
 {
     Listener kept(*reader);
     std::unique_ptr<KOVAudioSource> gone(
