@@ -164,7 +164,7 @@ void addBeamformCommand(CLI::App& parent, Action& chosen)
     const auto options = std::make_shared<BeamformCommandOptions>();
     addOptions(*command, *options);
     command->footer(
-        "Examples:\n"
+        "Example:\n"
         "  kovdoa beamform leak -o leak.kov\n"
         "  kovdoa beamform other -o other.kov --geometry other.txt --band 2000:8000 --distance 0");
     command->callback([options, &chosen] {

@@ -122,7 +122,8 @@ int runCommandLine(int argc, const char* const* argv)
     watchForInterrupts();
     silenceLibraries();
 
-    CLI::App app("Acoustic imaging: simulate, inspect and render recordings of energy maps.", "kovdoa");
+    CLI::App app("Acoustic imaging: from the audio of a microphone array to the overlay of a camera picture.",
+                 "kovdoa");
     CommonOptions common;
     Action action;
     app.fallthrough();  // common options may stand behind the command too
@@ -134,8 +135,9 @@ int runCommandLine(int argc, const char* const* argv)
     addPath(app, "--log", common.log, "FILE", "Keep the library's log in this file");
     app.footer(
         "Example:\n"
-        "  kovdoa simulate scene leak.kov --camera-picture wall.png\n"
-        "  kovdoa info leak.kov\n"
+        "  kovdoa simulate array leak --camera-picture wall.png\n"
+        "  kovdoa miccheck leak\n"
+        "  kovdoa beamform leak -o leak.kov\n"
         "  kovdoa render leak.kov -o leak.mp4 --camera wall.png\n\n"
         "Exit status: 0 good, 1 bad data, 2 bad usage, 130 interrupted.");
     addSimulateCommand(app, action);

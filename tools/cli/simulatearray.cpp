@@ -187,7 +187,7 @@ void addSimulateArrayCommand(CLI::App& parent, Action& chosen)
     const auto options = std::make_shared<SimulateArrayOptions>();
     addOptions(*command, *options);
     command->footer(
-        "Examples:\n"
+        "Example:\n"
         "  kovdoa simulate array leak --seconds 4 --camera-picture wall.png\n"
         "  kovdoa simulate array tone --source tone@20,5,3,0.1,25000 --dead 17 --swap 3:77");
     command->callback([options, &chosen] {

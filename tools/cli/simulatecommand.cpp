@@ -10,7 +10,7 @@ void addSimulateCommand(CLI::App& parent, Action& chosen)
     CLI::App* const family = parent.add_subcommand("simulate", "Make recordings of simulated scenes");
     family->require_subcommand(1);
     family->footer(
-        "Examples:\n"
+        "Example:\n"
         "  kovdoa simulate scene leak.kov --sources 2 --seed 7\n"
         "  kovdoa simulate array leak --swap 3:77");
     addSimulateSceneCommand(*family, chosen);
