@@ -132,6 +132,15 @@ int runningThreads()
         QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size());
 }
 
+// Until no more than `threads` run, or 20 s have passed.
+void awaitThreads(int threads)
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (runningThreads() > threads && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
 TEST_F(ArrayReaderThreads, EndTheWorkerHoweverSoonTheyAreClosed)
 {
     const int threadsBefore = runningThreads();
@@ -143,11 +152,49 @@ TEST_F(ArrayReaderThreads, EndTheWorkerHoweverSoonTheyAreClosed)
         reader->close();
     }
 
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (runningThreads() > threadsBefore && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
+    awaitThreads(threadsBefore);
     EXPECT_LE(runningThreads(), threadsBefore);
+}
+
+TEST_F(ArrayReaderThreads, SurviveEveryControlFromSeveralThreadsAtOnce)
+{
+    constexpr int rounds = 100;
+    const int threadsBefore = runningThreads();
+    const auto startAndClose = [this] {
+        for (int round = 0; round < rounds; ++round) {
+            reader->start();
+            reader->isWorking();
+            reader->close();
+        }
+    };
+    const auto load = [this] {
+        for (int round = 0; round < rounds / 5; ++round) {
+            EXPECT_TRUE(reader->init(folder.path()));
+            EXPECT_EQ(reader->getTotalDataSize(), 2 * 1024);
+        }
+    };
+    const auto createAndRelease = [this] {
+        for (int round = 0; round < rounds; ++round) {
+            IKOVServerReaderSource* const created = reader->createReaderSource(QStringLiteral("short"));
+            const std::unique_ptr<KOVAudioSource> source(dynamic_cast<KOVAudioSource*>(created));
+            reader->setCurrentIndex(round);
+            reader->releaseReaderSource(created);
+        }
+    };
+
+    std::thread threads[] = {std::thread(startAndClose), std::thread(startAndClose), std::thread(load),
+                             std::thread(createAndRelease), std::thread(createAndRelease)};
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+
+    EXPECT_FALSE(reader->isWorking());
+    awaitThreads(threadsBefore);
+    EXPECT_LE(runningThreads(), threadsBefore);
+    Listener listener(*reader);
+    reader->start();
+    EXPECT_EQ(publishOne(*reader, listener, 0).data(7)[1023], sampleOf(7, 1023));
+    reader->close();
 }
 
 TEST_F(ArrayReaderThreads, KeepOneWorkerWhenStartedTwice)
