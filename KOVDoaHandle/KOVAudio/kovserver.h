@@ -17,6 +17,7 @@ class KOVDOA_EXPORT IKOVCoreServer
 public:
     IKOVCoreServer();
 
+    // Begins and ends the work; neither waits for it to have begun or ended.
     virtual void start() = 0;
     virtual void close() = 0;
     // False unless a derived class says otherwise.
@@ -45,6 +46,8 @@ public:
 class KOVDOA_EXPORT IKOVServerReader
 {
 public:
+    // A new source that gets every block from now on; `name` is for the log. The caller owns it, and deletes it through
+    // its own type.
     virtual IKOVServerReaderSource* createReaderSource(const QString& name) = 0;
     // The source gets no more blocks. It is not destroyed: the caller owns it.
     virtual void releaseReaderSource(IKOVServerReaderSource* source) = 0;

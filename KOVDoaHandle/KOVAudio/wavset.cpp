@@ -110,12 +110,13 @@ bool WavSet::loadFile(const QString& name, Samples& samples)
         return true;
     }
     const qint64 frames = header.dataBytes / frameBytes;
-    samples.stride = strideOf(static_cast<std::size_t>(frames));
-    samples.memory = allocateSamples(samples.stride * fileChannels);
+    const std::size_t stride = strideOf(static_cast<std::size_t>(frames));
+    samples.memory = allocateSamples(stride * fileChannels);
     if (samples.memory == nullptr) {
         KOVDOA_DEBUG(source) << "no memory for the samples, left out:" << name;
         return false;
     }
+    samples.stride = stride;
     samples.frames = static_cast<std::size_t>(readFrames(file, frames, samples.memory.get(), samples.stride));
     return samples.frames == static_cast<std::size_t>(frames);
 }
