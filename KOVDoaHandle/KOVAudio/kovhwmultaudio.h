@@ -62,7 +62,9 @@ public:
     void releaseReaderSource(IKOVServerReaderSource* source) override;
 
     // Starts the worker with the recording that is loaded; without one it publishes nothing. Does nothing while the
-    // reader works. The worker takes a moment to begin waiting, and wakes until then are lost.
+    // reader works. The worker takes a moment to begin waiting, and wakes until then are lost. When it has ended, the
+    // calling thread's event loop frees its thread object (not the recording, which it gives back itself): called from
+    // a thread without one, or one that ends before the worker, that little object stays.
     void start() override;
 
     // Ends the worker. If it is waiting it publishes one more block first.
