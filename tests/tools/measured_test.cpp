@@ -154,7 +154,7 @@ TEST_F(Measured, ArrayAudioHasItsPeakWhereTheSurfWasLoudest)
     const Outcome outcome = sandbox.run(
         {"beamform",   data("array-wav"), "-o",        "surf.kov", "--channels", "32",         "--geometry",
          "sphere.txt", "--band",          "2500:8000", "--bins",   "0",          "--distance", "0",
-         "--picture",  "480x480",         "--map",     "48x48",    "--fps",      "3.5"});
+         "--picture",  "480x480",         "--map",     "48x48",    "--fps",      "3.35"});
 
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     const json info = json::parse(sandbox.run({"info", "surf.kov", "--json"}).out);
