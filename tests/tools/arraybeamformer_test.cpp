@@ -163,6 +163,9 @@ TEST(ArrayBeamformer, NeedsABlockAndABand)
     options.bandLow = 20000.0;
     options.bandHigh = 20100.0;
     EXPECT_THROW(LoneSource(tone(20000.0, 5.0, 0.05), options), kovtools::UsageError);
+    options.bandLow = 1e300;  // more than an int can count
+    options.bandHigh = 1e301;
+    EXPECT_THROW(LoneSource(tone(20000.0, 5.0, 0.05), options), kovtools::UsageError);
 }
 
 TEST(RepresentativeBins, StandForTheirPartsWithAllTheirPower)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <sstream>
 #include <string>
 
 #include "tools/scene/fieldofview.h"
@@ -18,6 +19,17 @@ constexpr int samplesPerGo = 65536;
 
 // Nothing is quieter than this, Pa: in digital silence a cell would otherwise be 0, and levels are ratios.
 constexpr float quietestLevel = 1e-9F;
+
+// Far more than any recording has, and few enough to be counted in an int: a file's header may name a rate of one
+// sample per second.
+constexpr double mostFrames = 1e9;
+
+std::string inHertz(double frequency)
+{
+    std::ostringstream text;
+    text << frequency << " Hz";
+    return text.str();
+}
 
 }  // namespace
 
@@ -55,21 +67,24 @@ ArrayBeamformer::ArrayBeamformer(ArrayRecording& recording, const std::vector<Mi
       m_hop(std::max(1, static_cast<int>(std::lround(options.fftLength * (1.0 - options.overlap)))))
 {
     const double binsPerHertz = options.fftLength / static_cast<double>(recording.sampleRate());
-    m_firstBin = static_cast<int>(std::ceil(options.bandLow * binsPerHertz));
+    // A band may begin anywhere; beyond the last bin it is all the same how far.
+    m_firstBin =
+        static_cast<int>(std::min(std::ceil(options.bandLow * binsPerHertz), m_spectra.bins() + 0.0));
     m_lastBin =
         static_cast<int>(std::min(std::floor(options.bandHigh * binsPerHertz), m_spectra.bins() - 1.0));
     if (m_lastBin < m_firstBin) {
         throw UsageError("no bin of the spectra lies in the band: at " +
                          std::to_string(recording.sampleRate()) + " samples per second they end at " +
-                         std::to_string(recording.sampleRate() / 2) + " Hz and are " +
-                         std::to_string(recording.sampleRate() / options.fftLength) + " Hz apart");
+                         inHertz(0.5 * recording.sampleRate()) + " and are " + inHertz(1.0 / binsPerHertz) +
+                         " apart");
     }
     if (recording.samples() < options.fftLength) {
         throw DataError("the recording has " + std::to_string(recording.samples()) +
                         " samples per channel, less than one block of " + std::to_string(options.fftLength));
     }
     const double lastStart = static_cast<double>(recording.samples() - options.fftLength);
-    m_frames = static_cast<int>(lastStart * options.frameRate / recording.sampleRate()) + 2;
+    m_frames =
+        static_cast<int>(std::min(lastStart * options.frameRate / recording.sampleRate(), mostFrames)) + 2;
     while (frameStart(m_frames - 1) + options.fftLength > recording.samples()) {
         --m_frames;
     }
