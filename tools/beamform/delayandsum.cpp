@@ -5,6 +5,7 @@
 #include <numbers>
 #include <utility>
 
+#include "tools/support/interrupt.h"
 #include "tools/support/parallel.h"
 
 namespace kovtools {
@@ -80,6 +81,7 @@ void DelayAndSum::addPowers(const std::vector<BeamformedBin>& bins, int run, std
     inParallel(static_cast<int>(m_looks.size()), tileLooks, [&](int first, int end) {
         Tile tile(m_array.size(), bins.front().spectra.groups());
         for (int look = first; look < end; look += tileLooks) {
+            throwIfInterrupted();  // a large map at many frequencies takes minutes
             addTile(bins, run, static_cast<std::size_t>(look), tile, sums);
         }
     });

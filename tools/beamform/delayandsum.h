@@ -64,7 +64,7 @@ public:
 
     // The bins have the same number of snapshots, whose powers are summed in runs of `run` (the last may be shorter):
     // adds to sums[look * runs + r] the weight |y|^2 of all bins and of the snapshots run r, ... Uses all cores; the
-    // result is the same on any number of them.
+    // result is the same on any number of them. Throws Interrupted after Ctrl-C.
     void addPowers(const std::vector<BeamformedBin>& bins, int run, std::vector<float>& sums) const;
 
 private:

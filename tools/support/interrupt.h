@@ -14,7 +14,7 @@ struct Interrupted
 // pipe and a file that has grown to its limit are errors of writing instead of signals.
 void watchForInterrupts();
 
-// Throws Interrupted when one of the signals has come.
+// Throws Interrupted when one of the signals has come. On any thread.
 void throwIfInterrupted();
 
 }  // namespace kovtools
