@@ -15,8 +15,10 @@ namespace {
 
 using kovtools::ArraySimulationOptions;
 using kovtools::BlockSpectra;
+using kovtools::checkWays;
 using kovtools::Microphone;
 using kovtools::parseSource;
+using kovtools::StandingSource;
 using kovtools::UsageError;
 using kovtools::tests::simulated;
 
@@ -167,6 +169,16 @@ TEST(BrokenMicrophones, AreRefusedWhenNobodyCouldSayWhatIsMeant)
     EXPECT_THROW((kovtools::BrokenMicrophones{{3}, {{2, 3}}, {}}.check(8)), UsageError);
     EXPECT_THROW((kovtools::BrokenMicrophones{{}, {}, {{1, 1}}}.check(8)), UsageError);
     EXPECT_THROW((kovtools::BrokenMicrophones{{}, {}, {{1, 2}, {2, 3}}}.check(8)), UsageError);
+}
+
+TEST(StandingSource, MayStandAtNoMicrophone)
+{
+    const StandingSource source = parseSource("leak@0,0,5");
+    const Microphone near{0.0, 0.011, 5.0};
+    const Microphone at{0.0, 0.0, 4.991};
+
+    EXPECT_NO_THROW(checkWays({source}, {{0.0, 0.0}, near}));
+    EXPECT_THROW(checkWays({source}, {{0.0, 0.0}, near, at}), UsageError);
 }
 
 TEST(StandingSource, IsReadFromItsText)

@@ -132,6 +132,21 @@ StandingSource parseSource(const std::string& text)
     return source;
 }
 
+void checkWays(const std::vector<StandingSource>& sources, const std::vector<Microphone>& array)
+{
+    for (std::size_t s = 0; s < sources.size(); ++s) {
+        const Microphone source = sources[s].position();
+        for (std::size_t m = 0; m < array.size(); ++m) {
+            const double way =
+                std::hypot(source.x - array[m].x, source.y - array[m].y, source.z - array[m].z);
+            if (way < leastWay) {
+                throw UsageError("source " + sourceName(s) + " stands at microphone " + std::to_string(m) +
+                                 "; there must be at least 1 cm between them");
+            }
+        }
+    }
+}
+
 std::string kindName(SourceKind kind)
 {
     return std::string(kindNames.at(static_cast<std::size_t>(kind)));

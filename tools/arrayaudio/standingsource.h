@@ -37,6 +37,12 @@ std::vector<StandingSource> defaultSources();
 // sentence that says what is wrong.
 StandingSource parseSource(const std::string& text);
 
+// Nearer to a microphone than this, m, no law of distance holds; at none at all it would be infinitely loud.
+constexpr double leastWay = 0.01;
+
+// Throws UsageError that names the first source and microphone that are nearer to each other than that.
+void checkWays(const std::vector<StandingSource>& sources, const std::vector<Microphone>& array);
+
 // "leak", "tone" or "pulses".
 std::string kindName(SourceKind kind);
 

@@ -63,6 +63,7 @@ ArraySimulationOptions readSimulation(const SimulateArrayOptions& options)
     if (simulation.sources.size() > mostSources) {
         throw UsageError("--source: there are at most " + std::to_string(mostSources) + " sources");
     }
+    checkWays(simulation.sources, simulation.array);
     for (const std::string& text : options.dead) {
         simulation.broken.dead.push_back(parseMicrophone("--dead", text));
     }
