@@ -75,6 +75,19 @@ TEST(ArrayInfo, TakesFoldersOfAnyName)
     EXPECT_NE(outcome.out.find("a\\n\\x1B[31m"), std::string::npos) << outcome.out;
 }
 
+TEST(ArrayInfo, ReplacesNoFileOfTheFolderByItsLog)
+{
+    const Sandbox sandbox;
+    writeArray(sandbox / "array", sixteen(2000));
+    const std::string file = readFile(sandbox / "array/data-1.wav");
+
+    const Outcome outcome = sandbox.run({"--log", "array/data-1.wav", "info", "array", "--channels", "16"});
+
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_TRUE(isOneSentence(outcome.err)) << outcome.err;
+    EXPECT_EQ(readFile(sandbox / "array/data-1.wav"), file);
+}
+
 TEST(ArrayInfo, IsAboutTheShortestFile)
 {
     const Sandbox sandbox;

@@ -199,6 +199,19 @@ TEST(Listen, TakesAMicrophoneOfAFolderOfArrayAudio)
     EXPECT_EQ(readWav(sandbox / "eleven.wav").integers, heard(microphones[11]));
 }
 
+TEST(Listen, ReplacesNoMicrophoneOfTheFolder)
+{
+    const Sandbox sandbox;
+    writeArray(sandbox / "array", std::vector<Samples>(16, noise(2048, 0.1, 10)));
+    const std::string other = readFile(sandbox / "array/data-1.wav");
+
+    const Outcome outcome = sandbox.run({"listen", "array", "-o", "array/data-1.wav"});
+
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_TRUE(isOneSentence(outcome.err)) << outcome.err;
+    EXPECT_EQ(readFile(sandbox / "array/data-1.wav"), other);
+}
+
 TEST(Listen, MakesTheSoundLouderByTheVolume)
 {
     const Sandbox sandbox;

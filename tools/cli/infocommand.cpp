@@ -6,6 +6,7 @@
 
 #include "tools/arrayaudio/arrayrecording.h"
 #include "tools/audio/arraysummary.h"
+#include "tools/cli/arrayoptions.h"
 #include "tools/cli/command.h"
 #include "tools/cli/optiontypes.h"
 #include "tools/recording/recording.h"
@@ -29,7 +30,7 @@ struct InfoOptions
 void checkFiles(const InfoOptions& options, const CommonOptions& common)
 {
     FilesOfCommand files;
-    files.addInput("FILE", options.file);
+    addSetAsInput(files, "FILE", options.file, options.channels);  // of a folder, its files too
     files.addOutput("--log", common.log);
     files.checkDistinct();
 }

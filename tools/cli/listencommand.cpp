@@ -9,6 +9,7 @@
 #include "tools/audio/listening.h"
 #include "tools/audio/soundreader.h"
 #include "tools/audio/soundwriter.h"
+#include "tools/cli/arrayoptions.h"
 #include "tools/cli/command.h"
 #include "tools/cli/optiontypes.h"
 #include "tools/scene/arraygeometry.h"
@@ -119,6 +120,9 @@ ExitStatus listen(const ListenOptions& options, const CommonOptions& common)
     const Sound sound = chosenSound(options);
     FilesOfCommand files;
     files.addInput("IN", sound.file);
+    if (sound.file != options.input) {  // none of the other microphones may be replaced either
+        addSetAsInput(files, "IN", options.input, arrayMicrophones);
+    }
     files.addOutput("-o", options.output);
     files.addOutput("--log", common.log);
     files.checkDistinct();
