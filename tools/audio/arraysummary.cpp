@@ -157,7 +157,8 @@ ArraySummary summariseArray(const fs::path& folder, int channels)
     KOVHwMultAudio reader(channels);
     if (!reader.init(linkName)) {
         throw DataError("the library cannot load the files in " + inQuotes(folder) +
-                        ": they must have a header of 44 bytes and 32-bit floats");
+                        ": each must have a header of 44 bytes, 32-bit floats and all the samples that it "
+                        "announces, and all of them must fit into memory");
     }
     summary.blocks = reader.getTotalDataFrame();
     KOVAudioBuffer block = firstPublished(reader);
