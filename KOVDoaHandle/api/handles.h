@@ -7,11 +7,17 @@ struct EngMapResult;
 class KOVOFFLineDoaObject;
 class KOVDoaResultSerialize;
 class KOVAudioReSample;
+class KOVPrpdProcess;
+class KOVGasleakProcess;
+struct PRPDResult;
 #else
 typedef struct EngMapResult EngMapResult;
 typedef struct KOVOFFLineDoaObject KOVOFFLineDoaObject;
 typedef struct KOVDoaResultSerialize KOVDoaResultSerialize;
 typedef struct KOVAudioReSample KOVAudioReSample;
+typedef struct KOVPrpdProcess KOVPrpdProcess;
+typedef struct KOVGasleakProcess KOVGasleakProcess;
+typedef struct PRPDResult PRPDResult;
 #endif
 
 #endif
