@@ -6,6 +6,7 @@
 #include <KOVDoaHandle/api/containers.h>
 #include <KOVDoaHandle/api/imager.h>
 #include <KOVDoaHandle/api/library.h>
+#include <KOVDoaHandle/api/prpd.h>
 #include <KOVDoaHandle/api/resampler.h>
 #include <KOVDoaHandle/api/resultfile.h>
 #include <KOVDoaHandle/api/results.h>
