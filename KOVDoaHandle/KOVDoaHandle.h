@@ -4,6 +4,7 @@
 #define KOVDOA_KOVDOAHANDLE_H
 
 #include <KOVDoaHandle/api/containers.h>
+#include <KOVDoaHandle/api/gasleak.h>
 #include <KOVDoaHandle/api/imager.h>
 #include <KOVDoaHandle/api/library.h>
 #include <KOVDoaHandle/api/prpd.h>
