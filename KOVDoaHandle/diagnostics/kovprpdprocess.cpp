@@ -71,7 +71,7 @@ public:
     KOVPrivate::DischargeFilters filters;
     bool bandSelected = true;
     int bandValue = 40000;
-    float level = 0.0F;  // of the latest block; for whoever looks at the object in a debugger
+    float blockLevel = 0.0F;  // of the latest block; for whoever looks at the object in a debugger
 
     std::array<float, KOVPrivate::largestSpan> work{};
     std::array<float, KOVPrivate::largestEnvelope> envelope{};
@@ -96,7 +96,7 @@ void KOVPrpdProcess::Private::feed(float* samples, int n)
 {
     // Held until the block is in the ring, so that a reset falls between blocks.
     const std::lock_guard lock(feedMutex);
-    level = KOVPrivate::blockLevel(samples, n);
+    blockLevel = KOVPrivate::blockLevel(samples, n);
     store(filters.run(KOVPrivate::bandFor(bandSelected, bandValue), samples, n), n);
 }
 
@@ -112,13 +112,13 @@ bool KOVPrpdProcess::Private::hasSpan(const MainsGeometry& mains)
     return ring.total() >= mains.span;
 }
 
-// The magnitudes of the span. Its last sample is the second before a multiple of the alignment; the one extra sample is
-// kept on purpose.
+// Copies the span, so that everything else goes without the lock. Its last sample is the second before a multiple of the
+// alignment; the one extra sample is kept on purpose.
 void KOVPrpdProcess::Private::copySpan(const MainsGeometry& mains)
 {
     const std::lock_guard lock(ringMutex);
     const std::int64_t aligned = ring.total() / mains.alignment * mains.alignment;
-    KOVPrivate::magnitudes(ring.endingAt(aligned - 2, mains.span), work.data(), mains.span);
+    std::copy_n(ring.endingAt(aligned - 2, mains.span), mains.span, work.begin());
 }
 
 bool KOVPrpdProcess::Private::getPdd(const MainsGeometry& mains, float* out, PddType& type)
@@ -134,10 +134,10 @@ void KOVPrpdProcess::Private::buildPattern(const MainsGeometry& mains, float* ou
 {
     type = PDD_TYPE_NONE;
     copySpan(mains);
-    // Over the start of the span only, on purpose.
+    // Over the start of the span only, on purpose. Squares need no magnitudes.
     result.RMS = KOVPrivate::nextFloor(result.RMS, KOVBlas::Rms(work.data(), mains.measured, false));
-    result.peak = std::min(KOVBlas::findMax(work.data(), mains.measured), 1.0F);
-    KOVPrivate::binSums(work.data(), envelope.data(), mains.bins());
+    result.peak = std::min(KOVPrivate::largestMagnitude(work.data(), mains.measured), 1.0F);
+    KOVPrivate::magnitudeBins(work.data(), envelope.data(), mains.bins());
     tracker.follow(envelope.data(), KOVPrivate::peakStandsOut(result.peak, result.RMS), mains);
     KOVPrivate::sumPages(envelope.data(), tracker.pageOffset(mains), mains, out);
 }

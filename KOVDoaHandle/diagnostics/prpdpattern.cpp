@@ -1,6 +1,8 @@
 #include <KOVDoaHandle/diagnostics/prpdpattern_p.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 namespace KOVPrivate {
 
@@ -36,10 +38,37 @@ float requiredDb(float peakDb)
 
 }  // namespace
 
-void magnitudes(const float* samples, float* out, int n)
+float largestMagnitude(const float* samples, int n)
 {
-    for (int i = 0; i < n; ++i) {
-        out[i] = std::fabs(samples[i]);
+    constexpr int laneCount = 8;
+    float lanes[laneCount];
+    std::fill_n(lanes, laneCount, std::fabs(samples[0]));
+    // False for NaN on either side: the lane keeps what it has.
+    const auto take = [](float& lane, float magnitude) { lane = std::max(lane, magnitude); };
+    int i = 0;
+    for (; i + laneCount <= n; i += laneCount) {
+        for (int k = 0; k < laneCount; ++k) {
+            take(lanes[k], std::fabs(samples[i + k]));
+        }
+    }
+    for (; i < n; ++i) {
+        take(lanes[0], std::fabs(samples[i]));
+    }
+    for (int k = 1; k < laneCount; ++k) {
+        take(lanes[0], lanes[k]);
+    }
+    return lanes[0];
+}
+
+void magnitudeBins(const float* samples, float* out, int bins)
+{
+    for (int i = 0; i < bins; ++i) {
+        const float* bin = samples + static_cast<std::ptrdiff_t>(i) * binSamples;
+        float sum = 0.0F;
+        for (int k = 1; k < binSamples; ++k) {
+            sum += std::fabs(bin[k]);
+        }
+        out[i] = sum;
     }
 }
 

@@ -6,8 +6,12 @@
 
 namespace KOVPrivate {
 
-// Magnitudes of n samples; NaN stays NaN.
-void magnitudes(const float* samples, float* out, int n);
+// Largest magnitude of n samples, n > 0: what KOVBlas::findMax gives for the magnitudes, NaN included (the first sample's
+// counts, others are passed over), but in lanes instead of one by one.
+float largestMagnitude(const float* samples, int n);
+
+// binSums() of the magnitudes of the samples.
+void magnitudeBins(const float* samples, float* out, int bins);
 
 // out[i] = sum of the last seven of the eight samples of bin i, added in order; the first of each bin is left out on
 // purpose, as KOVBlas::Sum does it.
