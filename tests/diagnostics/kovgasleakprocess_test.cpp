@@ -5,11 +5,8 @@
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 
-#include <sys/stat.h>
-
 #include <atomic>
 #include <cmath>
-#include <cstdlib>
 #include <fstream>
 #include <latch>
 #include <limits>
@@ -27,14 +24,6 @@ static_assert(sizeof(KOVGasleakProcess) == sizeof(void*));
 
 class KOVGasleakProcessTest : public testsupport::GasLeakProcessOfItsOwn
 {
-protected:
-    // A pipe: whoever opens it to read waits until somebody opens it to write.
-    std::string pipe() const
-    {
-        const std::string name = path("pipe");
-        EXPECT_EQ(mkfifo(name.c_str(), 0600), 0);
-        return name;
-    }
 };
 
 // ---- Loading ----
@@ -458,53 +447,6 @@ TEST_F(KOVGasleakProcessTest, AveragesWhatThereIsAtFirst)
 
     EXPECT_EQ(process.avgSpl(60.0F), 60.0F);
     EXPECT_EQ(process.avgSpl(61.0F), 60.5F);
-}
-
-// ---- The end of the process ----
-
-QByteArray largeTable()
-{
-    QByteArray text;
-    for (int line = 0; line < 100'000; ++line) {
-        text += QByteArray::number(40 + (line % 1000) / 10.0) + ' ' +
-                QByteArray::number(1 + line / 1000 / 10.0) + " 0.125\n";
-    }
-    return text;
-}
-
-// Each exit happens in a child process, in which the loader has got as far as chance lets it.
-class GasLeakExit : public KOVGasleakProcessTest
-{
-protected:
-    static void expectAnOrderlyEnd(const std::string& name, int runs)
-    {
-        for (int run = 0; run < runs; ++run) {
-            ASSERT_EXIT(
-                {
-                    const auto* const kept = new KOVGasleakProcess(name.c_str());
-                    for (int turn = 0; turn < run * 3; ++turn) {
-                        std::this_thread::yield();
-                    }
-                    std::exit(kept != nullptr ? 0 : 1);
-                },
-                ::testing::ExitedWithCode(0), "");
-        }
-    }
-};
-
-TEST_F(GasLeakExit, IsOrderlyWhileALargeTableLoads)
-{
-    expectAnOrderlyEnd(table(largeTable()), 30);
-}
-
-TEST_F(GasLeakExit, IsOrderlyWhileASmallTableLoads)
-{
-    expectAnOrderlyEnd(table("60 1 0.5\n"), 30);
-}
-
-TEST_F(GasLeakExit, IsNotHeldUpByAPipeThatNobodyWrites)
-{
-    expectAnOrderlyEnd(pipe(), 1);
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
+#include <sys/stat.h>
+
 #include <chrono>
 #include <cmath>
 #include <string>
@@ -37,6 +39,14 @@ protected:
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
         EXPECT_EQ(file.write(text), text.size());
         return path(name);
+    }
+
+    // A pipe: whoever opens it to read waits until somebody opens it to write.
+    std::string pipe() const
+    {
+        const std::string name = path("pipe");
+        EXPECT_EQ(mkfifo(name.c_str(), 0600), 0);
+        return name;
     }
 
     static void waitForTable()
