@@ -1,6 +1,6 @@
-// The discharge analysis. Feeding is compared with its two filters alone over the same samples; a poll with one pass of
-// magnitudes, RMS and bins over its span and one planned transform of a frame. The counter says how many seconds of audio
-// are dealt with in a second.
+// The discharge analysis. Feeding is compared with its two filters alone over the same samples; a poll with
+// one pass of magnitudes, RMS and bins over its span and one planned transform of a frame. The counter says
+// how many seconds of audio are dealt with in a second.
 #include <benchmark/benchmark.h>
 #include <fftw3.h>
 
@@ -122,8 +122,8 @@ void feedPeer(benchmark::State& state)
     }
 }
 
-// With two bursts a cycle every poll goes through the features and the classifier; with one it is called corona; with
-// none it is noise.
+// With two bursts a cycle every poll goes through the features and the classifier; with one it is called
+// corona; with none it is noise.
 void poll(benchmark::State& state, int burstsACycle)
 {
     const Models models;

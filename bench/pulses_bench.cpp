@@ -1,4 +1,5 @@
-// Pulse detection on a full buffer with 20 bursts. Peer: 20 passes over that buffer, each a search of its largest value.
+// Pulse detection on a full buffer with 20 bursts. Peer: 20 passes over that buffer, each a search of its
+// largest value.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>

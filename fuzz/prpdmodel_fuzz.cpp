@@ -1,5 +1,6 @@
-// Any bytes as a model file of the discharge classifier. Besides that nothing breaks: a model decides as the numbers of
-// its file do when they are read in the plainest way, and reading leaves no doubt, twice gives the same.
+// Any bytes as a model file of the discharge classifier. Besides that nothing breaks: a model decides as the
+// numbers of its file do when they are read in the plainest way, and reading leaves no doubt, twice gives the
+// same.
 #include <algorithm>
 #include <bit>
 #include <cmath>

@@ -6,8 +6,8 @@
 
 namespace {
 
-// The record that PRPDFrameData hands out may be rewritten by one thread while another reads it: slot by slot, each of
-// them whole.
+// The record that PRPDFrameData hands out may be rewritten by one thread while another reads it: slot by
+// slot, each of them whole.
 template <typename Slot>
 void write(Slot& slot, Slot value)
 {

@@ -9,8 +9,8 @@ namespace KOVPrivate {
 namespace {
 
 constexpr float sampleRateHz = 96000.0F;
-// Discharges are broadband; what people and machines are heard by lies below. Most of the energy of mechanical noise
-// ends at 20 kHz, which the 25 kHz pair keeps out.
+// Discharges are broadband; what people and machines are heard by lies below. Most of the energy of
+// mechanical noise ends at 20 kHz, which the 25 kHz pair keeps out.
 constexpr float wideCutoffHz = 25000.0F;
 constexpr float midCutoffHz = 10000.0F;
 constexpr float lowCutoffHz = 2000.0F;

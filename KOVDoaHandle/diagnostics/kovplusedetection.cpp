@@ -42,8 +42,8 @@ int burstStart(const float* envelope, int peak)
     return 0;
 }
 
-// Where the quiet behind the burst around `peak` begins, one less than one may expect: index of the last quiet sample
-// looked at minus their number.
+// Where the quiet behind the burst around `peak` begins, one less than one may expect: index of the last
+// quiet sample looked at minus their number.
 int burstEnd(const float* envelope, int n, int peak)
 {
     int quiet = 0;
@@ -56,7 +56,8 @@ int burstEnd(const float* envelope, int n, int peak)
     return n;
 }
 
-// Length of a transform that holds n samples: a power of two, by a logarithm that may round up to the next one.
+// Length of a transform that holds n samples: a power of two, by a logarithm that may round up to the next
+// one.
 int transformLength(int n)
 {
     const double bits = std::ceil(std::log10(static_cast<double>(n)) / 0.3010299956639812);
@@ -283,7 +284,8 @@ void KOVPluseDetection::KOV_MaxPulseSegment(float* env, int n)
         if (peakAt < 0 || peak < quietBelow) {
             return;
         }
-        // Three quarters of the segment lie before the peak. With fewer samples than a segment all of them are taken.
+        // Three quarters of the segment lie before the peak. With fewer samples than a segment all of them
+        // are taken.
         const std::int64_t ahead = std::max<std::int64_t>(peakAt - 3 * length / 4, 0);
         const auto start = static_cast<int>(std::max<std::int64_t>(std::min(ahead, n - length), 0));
         const auto samples = static_cast<int>(std::min<std::int64_t>(length, n - start));

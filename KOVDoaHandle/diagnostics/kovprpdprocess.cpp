@@ -27,7 +27,8 @@ namespace {
 
 const char defaultModelFolder[] = "/sdcard/workdir/";
 
-// The whole of a span must lie in the ring however far the newest sample is beyond the last multiple of the alignment.
+// The whole of a span must lie in the ring however far the newest sample is beyond the last multiple of the
+// alignment.
 static_assert(KOVPrivate::largestSpan + KOVPrivate::mains50.alignment + 1 <
               KOVPrivate::MirroredRing::capacity);
 
@@ -39,8 +40,8 @@ const MainsGeometry& mainsOf(PddMode mode)
 }  // namespace
 
 // Three locks, always taken in this order:
-//   poll   everything that a poll works on: pattern, tracker, votes, record. Held for a whole poll, but never waited for
-//          by a feeding thread.
+//   poll   everything that a poll works on: pattern, tracker, votes, record. Held for a whole poll, but never
+//          waited for by a feeding thread.
 //   feed   the filters
 //   ring   the ring; a poll holds it just while it copies the span
 class KOVPrpdProcess::Private
@@ -79,7 +80,8 @@ public:
     KOVPrivate::PhaseTracker tracker;
     KOVPrivate::PrpdSpectrum spectrum;
     KOVPrivate::PrpdFeatures features;
-    // Only the second decides. The first belongs to the other input vector and is kept as hosts deliver both files.
+    // Only the second decides. The first belongs to the other input vector and is kept as hosts deliver both
+    // files.
     KOVPrivate::SupportVectorModel halvesModel;
     KOVPrivate::SupportVectorModel varianceModel;
     KOVPrivate::PrpdVotes votes;
@@ -112,8 +114,8 @@ bool KOVPrpdProcess::Private::hasSpan(const MainsGeometry& mains)
     return ring.total() >= mains.span;
 }
 
-// Copies the span, so that everything else goes without the lock. Its last sample is the second before a multiple of the
-// alignment; the one extra sample is kept on purpose.
+// Copies the span, so that everything else goes without the lock. Its last sample is the second before a
+// multiple of the alignment; the one extra sample is kept on purpose.
 void KOVPrpdProcess::Private::copySpan(const MainsGeometry& mains)
 {
     const std::lock_guard lock(ringMutex);
@@ -156,7 +158,8 @@ bool KOVPrpdProcess::Private::update()
     if (!lines.phaseBound) {
         votes.cast(KOVPrivate::Discharge::Noise);
     } else if (lines.f1 > lines.f2) {
-        // Corona starts in one half of the cycle only, so its pattern repeats with the mains, not with twice the mains.
+        // Corona starts in one half of the cycle only, so its pattern repeats with the mains, not with twice
+        // the mains.
         votes.cast(KOVPrivate::Discharge::Corona);
     } else {
         features.calculate(frame.data());

@@ -8,8 +8,8 @@
 
 namespace KOVPrivate {
 
-// Every sample is stored twice, half the buffer apart, so a run that would wrap round in the first half goes on into
-// the second. Stream indices count from 0 since the last restart. No lock of its own.
+// Every sample is stored twice, half the buffer apart, so a run that would wrap round in the first half goes
+// on into the second. Stream indices count from 0 since the last restart. No lock of its own.
 class MirroredRing
 {
 public:
@@ -30,8 +30,9 @@ public:
     // The oldest sample kept; once the ring has been filled, `capacity` samples in order start here.
     const float* oldest() const;
 
-    // `count` samples of which the last has stream index `last`, behind the newest by less than capacity - count. Before
-    // index 0 lies what the memory holds: silence in a new object, the end of the stream before a restart otherwise.
+    // `count` samples of which the last has stream index `last`, behind the newest by less than capacity -
+    // count. Before index 0 lies what the memory holds: silence in a new object, the end of the stream before
+    // a restart otherwise.
     const float* endingAt(std::int64_t last, int count) const;
 
 private:

@@ -1,16 +1,17 @@
 // Bounds. Let B = 239, the last bin of the longer cycle.
-//   reference  a position in a cycle, so an integer in 0 ... B, whatever the envelope holds.
+//   reference  a position in a cycle, so an integer in 0 ... B, whatever the envelope holds: never NaN.
 //   average    a mean of references and 0, so in 0 ... B up to the rounding of its last step.
-//   displayed  starts at 0. The smooth approach never overshoots the reference. A jump downwards starts more than
-//              farAway above the average and goes down a whole cycle, or more than nearBy above and half a cycle; so the
-//              candidate lies above -(cycle - farAway) = -80 or -(cycle / 2 - nearBy) = -40, and after a quarter of the
-//              way to the reference above -60. Upwards likewise: the candidate lies below B + 80, the result below
-//              0.75 (B + 80) + 0.25 B = 299.25. With 60 Hz the steps are smaller. In the direction it came from,
-//              displayed stays within what it was. So -60 <= displayed < 300, also when the mains are switched.
-//   offset     With t the whole part of displayed and 0 <= phaseOffset <= cycle: t - phaseOffset below 1 gives
-//              t + cycle - phaseOffset, which is at most cycle and at least -60 + 155; everything else is taken modulo the
-//              cycle. So the offset lies in 0 ... cycle and the last bin that a page reads is
-//              cycle + 30 cycles - 1, which is inside the envelope:
+//   displayed  starts at 0. The smooth approach never overshoots the reference. A jump downwards starts more
+//              than farAway above the average and goes down a whole cycle, or more than nearBy above and half a
+//              cycle; so the candidate lies above -(cycle - farAway) = -80 or -(cycle / 2 - nearBy) = -40, and
+//              after a quarter of the way to the reference above -60. Upwards likewise: the candidate lies below
+//              B + 80, the result below 0.75 (B + 80) + 0.25 B = 299. With 60 Hz the steps are smaller. Opposite
+//              to the jump, displayed stays within what it was. So -60 <= displayed < 300 and finite, also when
+//              the mains are switched.
+//   offset     With t the whole part of displayed: t - phaseOffset below 1 gives t + cycle - phaseOffset, which
+//              is at most cycle and at least -60 + 155; everything else is taken modulo the cycle. So the offset
+//              lies in 0 ... cycle and the last bin that a page reads is cycle + 30 cycles - 1, which is inside
+//              the envelope: see the assertions.
 #include <KOVDoaHandle/diagnostics/phasetracker_p.h>
 
 #include <algorithm>

@@ -1,4 +1,5 @@
-// Follows the phase of the discharges in the mains cycle, so that the pattern stands still while the mains drift.
+// Follows the phase of the discharges in the mains cycle, so that the pattern stands still while the mains
+// drift.
 #ifndef KOVDOA_PHASETRACKER_P_H
 #define KOVDOA_PHASETRACKER_P_H
 
@@ -12,8 +13,9 @@ class PhaseTracker
 public:
     // One step per pattern.
     //   envelope  at least four mains cycles of bins
-    //   accepted  whether the peak stood out of the floor. Then a new reference is looked for in every fifth pattern; a
-    //             rejected pattern keeps the reference and lets the next accepted one look again at once.
+    //   accepted  whether the peak stood out of the floor. Then a new reference is looked for in every fifth
+    //             pattern; a rejected pattern keeps the reference and lets the next accepted one look again at
+    //             once.
     void follow(float* envelope, bool accepted, const MainsGeometry& mains);
 
     // Bin of the envelope that the first page starts at: 0 ... mains.cycle.

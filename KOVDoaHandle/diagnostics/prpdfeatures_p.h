@@ -12,12 +12,13 @@ namespace KOVPrivate {
 constexpr int featureCount = 4;
 using FeatureVector = std::array<float, featureCount>;
 
-// Moments of the phase-resolved shape as fingerprints of discharge types: E. Gulski and F. H. Kreuger, Computer-aided
-// recognition of discharge sources, IEEE Transactions on Electrical Insulation 27 (1992).
+// Moments of the phase-resolved shape as fingerprints of discharge types: E. Gulski and F. H. Kreuger,
+// Computer-aided recognition of discharge sources, IEEE Transactions on Electrical Insulation 27 (1992).
 struct PrpdFeatures
 {
-    // From the first 720 values of a frame, taken as three cycles of 240 bins. With 60 Hz mains a cycle has 200; the
-    // three are then not in phase, and models are trained on exactly that. A constant profile gives NaNs.
+    // From the first 720 values of a frame, taken as three cycles of 240 bins. With 60 Hz mains a cycle has
+    // 200; the three are then not in phase, and models are trained on exactly that. A constant profile gives
+    // NaNs.
     void calculate(const float* frame);
 
     std::array<float, largestCycle> profile{};     // mean of the three cycles

@@ -1,4 +1,5 @@
-// How the stream is laid out in mains cycles: counts in samples (96 kHz) and in bins of eight samples (12 kHz).
+// How the stream is laid out in mains cycles: counts in samples (96 kHz) and in bins of eight samples (12
+// kHz).
 #ifndef KOVDOA_PRPDGEOMETRY_P_H
 #define KOVDOA_PRPDGEOMETRY_P_H
 

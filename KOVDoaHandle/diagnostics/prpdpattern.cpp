@@ -8,8 +8,8 @@ namespace KOVPrivate {
 
 namespace {
 
-// Decibels such that an amplitude of 1e-6 is at 0. Single precision, so that a difference of a whole tenth comes out as
-// that tenth.
+// Decibels such that an amplitude of 1e-6 is at 0. Single precision, so that a difference of a whole tenth
+// comes out as that tenth.
 float levelDb(float amplitude)
 {
     return 20.0F * std::log10(amplitude) + 120.0F;

@@ -21,8 +21,8 @@ float amplitude(float power, int size)
     return std::sqrt(power) / static_cast<float>(binSamples * size);
 }
 
-// Single precision. `power` ends below half the sampling rate of the envelope; its DC term is left out of the total. A
-// frame without power gives 0 / 0 and is not bound.
+// Single precision. `power` ends below half the sampling rate of the envelope; its DC term is left out of the
+// total. A frame without power gives 0 / 0 and is not bound.
 bool standsOut(std::span<float> power)
 {
     const float total = KOVBlas::Sum(power.data(), static_cast<int>(power.size()));

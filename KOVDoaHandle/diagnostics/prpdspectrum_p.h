@@ -9,7 +9,8 @@
 
 namespace KOVPrivate {
 
-// A frame has ten pages that follow the mains, so bin 10 of its spectrum is the mains frequency and bin 20 twice it.
+// A frame has ten pages that follow the mains, so bin 10 of its spectrum is the mains frequency and bin 20
+// twice it.
 struct MainsLines
 {
     float f1;         // amplitude at the mains frequency; NaN or infinite when the frame is not finite

@@ -23,15 +23,15 @@ public:
 
     void cast(Discharge vote);
 
-    // Once there are enough votes: writes the shares of the three types, in percent of all votes, noise included, and
-    // the type numbers into the record, and makes the text. Does not allocate.
+    // Once there are enough votes: writes the shares of the three types, in percent of all votes, noise
+    // included, and the type numbers into the record, and makes the text. Does not allocate.
     void publish(PRPDResult& result);
 
     // Forgets all votes and the text.
     void reset();
 
-    // One line for each type, as "<name> <percent>%", CR LF between them; empty until a verdict has been published. The
-    // names go through Qt's translation; they are looked up when the object is made.
+    // One line for each type, as "<name> <percent>%", CR LF between them; empty until a verdict has been
+    // published. The names go through Qt's translation; they are looked up when the object is made.
     const QString& text() const { return m_text; }
 
 private:

@@ -8,16 +8,16 @@
 
 namespace KOVPrivate {
 
-// exp(-gamma * sum over dim of (sv[k] - x[k])^2). The differences are single precision, their squares double, the sum
-// is rounded to single precision after each; the exponent is single precision, its power double and then rounded, so
-// that the last bit does not depend on the machine's mathematics library.
+// exp(-gamma * sum over dim of (sv[k] - x[k])^2). The differences are single precision, their squares double,
+// the sum is rounded to single precision after each; the exponent is single precision, its power double and
+// then rounded, so that the last bit does not depend on the machine's mathematics library.
 float radialBasis(const float* x, const float* sv, float gamma, int dim);
 
-// A support-vector machine with radial basis functions (C. Cortes and V. Vapnik, Support-vector networks, Machine
-// Learning 20, 1995). An empty one has no vectors and decides for -rho.
+// A support-vector machine with radial basis functions (C. Cortes and V. Vapnik, Support-vector networks,
+// Machine Learning 20, 1995). An empty one has no vectors and decides for -rho.
 //
-// The file is a stream of numbers between white space, in the classic locale: dimension, number of vectors n, gamma,
-// rho, n coefficients, then the vectors one after the other.
+// The file is a stream of numbers between white space, in the classic locale: dimension, number of vectors n,
+// gamma, rho, n coefficients, then the vectors one after the other.
 class SupportVectorModel
 {
 public:
@@ -26,17 +26,18 @@ public:
     // Of the vectors, which is the length of what decision() is given.
     static constexpr int mostDimensions = 4;
 
-    // Reads a model. Numbers that are missing are zero, numbers after the last vector change nothing. When the dimension
-    // is not 0 ... 4 or the number of vectors is negative, or either is no number that fits an int, nothing of the file
-    // is used and the model is empty. `problem` gets a sentence for the log, or is left empty.
+    // Reads a model. Numbers that are missing are zero, numbers after the last vector change nothing. When
+    // the dimension is not 0 ... 4 or the number of vectors is negative, or either is no number that fits an
+    // int, nothing of the file is used and the model is empty. `problem` gets a sentence for the log, or is
+    // left empty.
     static SupportVectorModel read(std::istream& numbers, std::string& problem);
 
-    // The same from a file. One that cannot be opened gives an empty model, which is no problem: hosts without a
-    // classifier have no model files. A problem is one line in the log.
+    // The same from a file. One that cannot be opened gives an empty model, which is no problem: hosts
+    // without a classifier have no model files. A problem is one line in the log.
     static SupportVectorModel load(const std::string& path);
 
-    // Sum of coefficient * radialBasis over the vectors, added up in single precision, minus rho. `x` has dimension()
-    // elements.
+    // Sum of coefficient * radialBasis over the vectors, added up in single precision, minus rho. `x` has
+    // dimension() elements.
     float decision(const float* x) const;
 
     int dimension() const { return m_dimension; }

@@ -71,7 +71,8 @@ struct Response
     double delaySamples;  // group delay
 };
 
-// Of an impulse response at one frequency: the group delay is the real part of the transform of n h(n) over that of h.
+// Of an impulse response at one frequency: the group delay is the real part of the transform of n h(n) over
+// that of h.
 Response responseAt(const std::vector<float>& impulse, double hz)
 {
     std::complex<double> plain = 0.0;

@@ -1,4 +1,5 @@
-// The analyser of partial discharges from outside: what it takes, when it has a pattern, and what its levels are.
+// The analyser of partial discharges from outside: what it takes, when it has a pattern, and what its levels
+// are.
 #include <KOVDoaHandle/diagnostics/kovprpdprocess.h>
 
 #include <gtest/gtest.h>
@@ -147,8 +148,8 @@ TEST_F(KOVPrpdProcessTest, BuildsAPatternOfSilenceWhenAskedForOneWithoutSamples)
     EXPECT_EQ(frame[2000], -1.0F);
 }
 
-// With 115200 samples = 20 x 5760 the last sample of the span has index 115198 and its first 54655; level and peak are
-// taken over 4864 samples from there.
+// With 115200 samples = 20 x 5760 the last sample of the span has index 115198 and its first 54655; level and
+// peak are taken over 4864 samples from there.
 TEST_F(KOVPrpdProcessTest, EndsItsSpanWithTheSecondSampleBeforeAMultipleOfTheAlignment)
 {
     const auto peakWithSpikeAt = [this](std::size_t index, std::size_t total) {

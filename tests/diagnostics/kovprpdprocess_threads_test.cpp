@@ -1,5 +1,5 @@
-// Feeding, polling, reading and resetting one analyser from several threads. What matters besides the assertions is what
-// ThreadSanitizer says.
+// Feeding, polling, reading and resetting one analyser from several threads. What matters besides the
+// assertions is what ThreadSanitizer says.
 #include <KOVDoaHandle/api/prpd.h>
 #include <KOVDoaHandle/diagnostics/kovprpdprocess.h>
 
@@ -16,7 +16,8 @@
 
 namespace {
 
-// Blocks of a signal at 35 kHz that swells and falls once in a mains cycle; 1920 samples, so they can be repeated.
+// Blocks of a signal at 35 kHz that swells and falls once in a mains cycle; 1920 samples, so they can be
+// repeated.
 std::vector<float> coronaBlock()
 {
     std::vector<float> samples(1920);

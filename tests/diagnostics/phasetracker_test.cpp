@@ -204,8 +204,8 @@ TEST(PageOffset, IsAWholeCycleAtThePhaseOffsetItself)
     EXPECT_EQ(tracker.pageOffset(mains50), 240);
 }
 
-// Whatever the references and the mains do, the pages stay inside the envelope; and the worst that random references
-// reach comes near the proven bounds.
+// Whatever the references and the mains do, the pages stay inside the envelope; and the worst that random
+// references reach comes near the proven bounds.
 TEST(PageOffset, KeepsThePagesInsideTheEnvelopeWhateverTheReferencesDo)
 {
     std::mt19937 random(9);

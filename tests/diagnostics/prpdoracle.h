@@ -1,5 +1,6 @@
-// The discharge analysis once more, as plainly as it can be written: no mirrored ring but indices modulo the memory, one
-// statement a rounding, nothing shared with the library. The library must agree with it bit for bit.
+// The discharge analysis once more, as plainly as it can be written: no mirrored ring but indices modulo the
+// memory, one statement a rounding, nothing shared with the library. The library must agree with it bit for
+// bit.
 #ifndef KOVDOA_TESTS_PRPDORACLE_H
 #define KOVDOA_TESTS_PRPDORACLE_H
 

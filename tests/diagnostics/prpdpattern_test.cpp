@@ -103,7 +103,8 @@ class PageSums : public ::testing::TestWithParam<int>
 {
 };
 
-// Each bin holds its index, so a page tells where it was read; at the last offset it ends inside the envelope.
+// Each bin holds its index, so a page tells where it was read; at the last offset it ends inside the
+// envelope.
 TEST_P(PageSums, AddThreeConsecutiveCyclesFromTheOffsetOn)
 {
     const KOVPrivate::MainsGeometry& mains = GetParam() == 60 ? KOVPrivate::mains60 : KOVPrivate::mains50;

@@ -17,8 +17,8 @@
 
 namespace {
 
-// A wide shape (low kurtosis) is called suspension, a narrow one along-surface. With 60 Hz the three cycles that are
-// averaged are not in phase, so all shapes are wider.
+// A wide shape (low kurtosis) is called suspension, a narrow one along-surface. With 60 Hz the three cycles
+// that are averaged are not in phase, so all shapes are wider.
 prpdoracle::Model shapeModel(bool sixtyHertz = false)
 {
     if (sixtyHertz) {
@@ -169,7 +169,8 @@ TEST(PrpdStreamsInUse, GiveTheSameBitsAcrossResetsAndChangesOfTheMains)
     EXPECT_GT(pair.polls, 200);
 }
 
-// The transform of both analysers is the same package's, so its lines are checked against the definition as well.
+// The transform of both analysers is the same package's, so its lines are checked against the definition as
+// well.
 TEST(PrpdSpectrumLines, AreTheAmplitudesOfTheDiscreteFourierTransform)
 {
     prpdsignals::Stream stream(50, 8);

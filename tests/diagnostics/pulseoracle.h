@@ -1,5 +1,5 @@
-// The pulse detector once more, as plainly as it can be written: every search from the start, one statement a rounding.
-// The library must agree with it bit for bit.
+// The pulse detector once more, as plainly as it can be written: every search from the start, one statement a
+// rounding. The library must agree with it bit for bit.
 #ifndef KOVDOA_TESTS_PULSEORACLE_H
 #define KOVDOA_TESTS_PULSEORACLE_H
 
