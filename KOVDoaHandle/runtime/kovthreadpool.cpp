@@ -2,6 +2,8 @@
 // work that has been handed over but has not begun: a thread only says that it is busy from the work's start on.
 #include <KOVDoaHandle/runtime/kovthreadpool.h>
 
+#include <QtCore/QCoreApplication>
+
 #include <atomic>
 #include <memory>
 #include <utility>
@@ -143,6 +145,24 @@ PooledThread* idleThreadOf(QList<KOVThread*>& threads)
     return startInto(threads, nullptr, QVariant());
 }
 
+// Without a QCoreApplication Qt drops what is queued for an event loop, so a call becomes a job.
+bool canQueueCalls()
+{
+    return QCoreApplication::instance() != nullptr;
+}
+
+PooledThread* startCallAsJob(QList<KOVThread*>& threads, std::function<void()> f)
+{
+    return startInto(
+        threads,
+        [f = std::move(f)](KOVThreadInfo*) {
+            if (f) {
+                f();
+            }
+        },
+        QVariant());
+}
+
 }  // namespace
 
 KOVThreadPool::KOVThreadPool() = default;
@@ -178,6 +198,13 @@ KOVThread* KOVThreadPool::run(std::function<void(KOVThreadInfo*)> callback, QVar
 KOVThread* KOVThreadPool::Invoke(std::function<void()> f)
 {
     reapFrom(m_threads);
+    if (!canQueueCalls()) {
+        PooledThread* const job = startCallAsJob(m_threads, std::move(f));
+        job->wait();
+        // The job has cleared it last: reading it shows the order to tools that cannot look inside wait().
+        static_cast<void>(job->IsBusy());
+        return job;
+    }
     PooledThread* const thread = idleThreadOf(m_threads);
     // A thread that the system has refused to start would keep the caller for ever.
     if (thread->isRunning()) {
@@ -189,6 +216,9 @@ KOVThread* KOVThreadPool::Invoke(std::function<void()> f)
 KOVThread* KOVThreadPool::BeginInvoke(std::function<void()> f)
 {
     reapFrom(m_threads);
+    if (!canQueueCalls()) {
+        return startCallAsJob(m_threads, std::move(f));
+    }
     PooledThread* const thread = idleThreadOf(m_threads);
     thread->queue(std::move(f));
     return thread;

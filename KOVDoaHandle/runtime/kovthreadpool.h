@@ -22,8 +22,8 @@ class KOVThreadInfo;
 // A thread that a host ends itself, with quit(), must have ended (wait()) before the next call here: Invoke() could
 // still choose it and would wait for ever.
 //
-// Jobs run in any process. Functions travel as events, which Qt delivers only in a process with a QCoreApplication;
-// without one they are dropped, and nothing waits for them.
+// In a process without a QCoreApplication, where Qt delivers nothing to event loops, every function gets a thread of its
+// own, as a job does.
 //
 // Threads: one thread drives a pool; nothing here is locked. Functions and jobs run on the pool's threads.
 class KOVDOA_EXPORT KOVThreadPool
