@@ -35,6 +35,6 @@ install_missing() {
 
 # What the library and the program need ...
 build_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libopencv-dev libfftw3-dev libsndfile1-dev libcli11-dev
-    nlohmann-json3-dev)
+    nlohmann-json3-dev libsvm-dev)
 # ... and what the tests need on top.
 test_packages=(libgtest-dev libbenchmark-dev libsamplerate0-dev clang-format g++-mingw-w64-x86-64-posix binutils python3 git)
