@@ -35,6 +35,7 @@ void addListenCommand(CLI::App& parent, Action& chosen);
 void addResampleCommand(CLI::App& parent, Action& chosen);
 void addMixCommand(CLI::App& parent, Action& chosen);
 void addMicCheckCommand(CLI::App& parent, Action& chosen);
+void addPrpdCommand(CLI::App& parent, Action& chosen);
 
 }  // namespace kovtools
 

@@ -148,6 +148,7 @@ int runCommandLine(int argc, const char* const* argv)
     addResampleCommand(app, action);
     addMixCommand(app, action);
     addMicCheckCommand(app, action);
+    addPrpdCommand(app, action);
 
     try {
         app.parse(argc, argv);

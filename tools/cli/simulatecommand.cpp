@@ -12,9 +12,11 @@ void addSimulateCommand(CLI::App& parent, Action& chosen)
     family->footer(
         "Example:\n"
         "  kovdoa simulate scene leak.kov --sources 2 --seed 7\n"
-        "  kovdoa simulate array leak --swap 3:77");
+        "  kovdoa simulate array leak --swap 3:77\n"
+        "  kovdoa simulate pd corona.wav --type corona");
     addSimulateSceneCommand(*family, chosen);
     addSimulateArrayCommand(*family, chosen);
+    addSimulatePdCommand(*family, chosen);
 }
 
 }  // namespace kovtools

@@ -1,0 +1,13 @@
+// The command below kovdoa prpd.
+#ifndef KOVTOOLS_PRPDTRAINCOMMAND_H
+#define KOVTOOLS_PRPDTRAINCOMMAND_H
+
+#include "tools/cli/command.h"
+
+namespace kovtools {
+
+void addPrpdTrainCommand(CLI::App& parent, Action& chosen);
+
+}  // namespace kovtools
+
+#endif
