@@ -149,6 +149,9 @@ int runCommandLine(int argc, const char* const* argv)
     addMixCommand(app, action);
     addMicCheckCommand(app, action);
     addPrpdCommand(app, action);
+    addGasLeakCommand(app, action);
+    addCalibrateCommand(app, action);
+    addTrackCommand(app, action);
 
     try {
         app.parse(argc, argv);

@@ -63,6 +63,12 @@ void checkOptions(const RenderCommandOptions& options)
     if (!options.render.radiusSize.empty() && options.render.radius == 0) {
         throw UsageError("--radius-size needs a --radius");
     }
+    if (options.render.track && options.render.plain) {
+        throw UsageError("--track paints marks, and --plain wants none");
+    }
+    if (options.render.trackedPeaks > 0 && !options.render.track) {
+        throw UsageError("--strongest is for --track");
+    }
 }
 
 void checkFiles(const RenderCommandOptions& options, const CommonOptions& common)
@@ -171,6 +177,9 @@ void addOptions(CLI::App& command, RenderCommandOptions& options)
     addPath(command, "--contact-sheet", options.contactSheet, "FILE.png",
             "Also write one picture of a dozen evenly spread frames");
     command.add_flag("--plain", render.plain, "No marks, no colour bar, no text");
+    command.add_flag("--track", render.track, "Mark the tracks of peaks with their identities");
+    addInteger(command, "--strongest", render.trackedPeaks, 0, 100000,
+               "Peaks of a frame that are followed, the strongest ones (0: all)");
     addColourOptions(command, render);
     addRegionOptions(command, render);
 }

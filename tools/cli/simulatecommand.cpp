@@ -17,6 +17,7 @@ void addSimulateCommand(CLI::App& parent, Action& chosen)
     addSimulateSceneCommand(*family, chosen);
     addSimulateArrayCommand(*family, chosen);
     addSimulatePdCommand(*family, chosen);
+    addSimulateGasTableCommand(*family, chosen);
 }
 
 }  // namespace kovtools

@@ -9,6 +9,7 @@ namespace kovtools {
 void addSimulateSceneCommand(CLI::App& parent, Action& chosen);
 void addSimulateArrayCommand(CLI::App& parent, Action& chosen);
 void addSimulatePdCommand(CLI::App& parent, Action& chosen);
+void addSimulateGasTableCommand(CLI::App& parent, Action& chosen);
 
 }  // namespace kovtools
 

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <opencv2/imgproc.hpp>
 
+#include "tools/plot/axes.h"
 #include "tools/render/colourbar.h"
 #include "tools/render/lettering.h"
 
@@ -15,6 +16,10 @@ namespace {
 
 const cv::Scalar emptyBackground(34, 30, 28);
 
+// Pixels of a standard picture. A cursor's cross has room inside the ring of a track.
+constexpr double trackRadius = 15.0;
+constexpr double lostTrackRadius = 8.0;
+
 // White where any channel of the overlay shows something.
 cv::Mat colouredPixels(const cv::Mat& overlay)
 {
@@ -22,6 +27,13 @@ cv::Mat colouredPixels(const cv::Mat& overlay)
     cv::inRange(overlay, cv::Scalar(0, 0, 0), cv::Scalar(0, 0, 0), mask);
     cv::bitwise_not(mask, mask);
     return mask;
+}
+
+cv::Point middleOfCell(const cv::Mat& picture, int row, int col, const FrameNotes& notes)
+{
+    const cv::Point2d place((col + 0.5) * picture.cols / notes.mapCols,
+                            (row + 0.5) * picture.rows / notes.mapRows);
+    return {cvRound(place.x - 0.5), cvRound(place.y - 0.5)};
 }
 
 }  // namespace
@@ -67,6 +79,9 @@ void FramePainter::annotate(cv::Mat& picture, const FrameNotes& notes) const
     drawRegion(picture);
     drawColourBar(picture, notes.range, m_options.palette);
     drawCaption(picture, notes.caption);
+    for (const TargetPoint& track : notes.tracks) {
+        drawTrack(picture, track, notes);
+    }
     // The strongest last, so that its mark lies on top.
     for (auto mark = notes.marks.rbegin(); mark != notes.marks.rend(); ++mark) {
         drawMark(picture, *mark, notes);
@@ -89,9 +104,7 @@ void FramePainter::drawRegion(cv::Mat& picture) const
 void FramePainter::drawMark(cv::Mat& picture, const CursorMark& mark, const FrameNotes& notes) const
 {
     const Layout layout(picture.size());
-    const cv::Point2d place((mark.col + 0.5) * picture.cols / notes.mapCols,
-                            (mark.row + 0.5) * picture.rows / notes.mapRows);
-    const cv::Point middle(cvRound(place.x - 0.5), cvRound(place.y - 0.5));
+    const cv::Point middle = middleOfCell(picture, mark.row, mark.col, notes);
     const int inner = layout.px(5);
     const int outer = layout.px(12);
     for (const cv::Point& way : {cv::Point(1, 0), cv::Point(-1, 0), cv::Point(0, 1), cv::Point(0, -1)}) {
@@ -107,6 +120,28 @@ void FramePainter::drawMark(cv::Mat& picture, const CursorMark& mark, const Fram
     }
     if (origin.y - size.height < gap) {
         origin.y = middle.y + inner + gap + size.height;
+    }
+    drawText(picture, text, origin, layout);
+}
+
+// A ring around the place, in the colour of the identity, which stands below it. Thin and small while the track goes on
+// without a peak.
+void FramePainter::drawTrack(cv::Mat& picture, const TargetPoint& track, const FrameNotes& notes) const
+{
+    const Layout layout(picture.size());
+    const cv::Point middle = middleOfCell(picture, track.row, track.col, notes);
+    const int radius = layout.px(track.matched ? trackRadius : lostTrackRadius);
+    const int stroke = layout.px(track.matched ? 3.0 : 1.4);
+    cv::circle(picture, middle, radius, outlineColour, stroke + 2, cv::LINE_AA);
+    cv::circle(picture, middle, radius, distinctColour(track.id), stroke, cv::LINE_AA);
+
+    std::string text("#");
+    text += std::to_string(track.id);
+    const cv::Size size = textSize(text, layout);
+    const int gap = layout.px(4);
+    cv::Point origin = middle + cv::Point(-size.width / 2, radius + stroke + gap + size.height);
+    if (origin.y > picture.rows - layout.lineHeight) {
+        origin.y = middle.y - radius - stroke - gap;
     }
     drawText(picture, text, origin, layout);
 }

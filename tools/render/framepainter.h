@@ -18,6 +18,7 @@ struct FrameNotes
     std::string caption;
     ColourRange range;
     std::vector<CursorMark> marks;
+    std::vector<TargetPoint> tracks;  // confirmed ones, found in this frame or not
     int mapRows = 0;
     int mapCols = 0;
 };
@@ -37,6 +38,7 @@ public:
 private:
     void drawRegion(cv::Mat& picture) const;
     void drawMark(cv::Mat& picture, const CursorMark& mark, const FrameNotes& notes) const;
+    void drawTrack(cv::Mat& picture, const TargetPoint& track, const FrameNotes& notes) const;
     void drawCaption(cv::Mat& picture, const std::string& caption) const;
 
     RenderOptions m_options;

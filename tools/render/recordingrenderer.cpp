@@ -8,6 +8,7 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "tools/render/contactsheet.h"
@@ -53,8 +54,25 @@ RecordingRenderer::RecordingRenderer(const Recording& recording, const RenderOpt
       m_options(options),
       m_region(regionEllipse(options, recording.scan().resRows, recording.scan().resCols)),
       m_imager(options, m_region),
-      m_painter(options, m_region, camera)
+      m_painter(options, m_region, camera),
+      m_follower({options.minimumLevel, options.trackedPeaks})
 {
+}
+
+// The tracks after one frame more, without those that lie outside what is shown.
+std::vector<TargetPoint> RecordingRenderer::shownTracks(const EngMapResult& frame)
+{
+    std::vector<TargetPoint> tracks = m_follower.follow(frame);
+    const int rows = frame.ResEngMap->rows;
+    const int cols = frame.ResEngMap->cols;
+    const auto isHidden = [&](const TargetPoint& track) {
+        const bool isOnMap = track.row >= 0 && track.row < rows && track.col >= 0 && track.col < cols;
+        const bool isShown =
+            !m_region.active || m_options.outside || m_region.contains(track.row, track.col, rows, cols);
+        return !isOnMap || !isShown;
+    };
+    tracks.erase(std::remove_if(tracks.begin(), tracks.end(), isHidden), tracks.end());
+    return tracks;
 }
 
 FrameNotes RecordingRenderer::notesFor(const EngMapResult& frame, int number) const
@@ -80,10 +98,16 @@ void RecordingRenderer::render(int first, int last, const std::filesystem::path&
     }
     ContactSheet sheet(static_cast<int>(onSheet.size()), m_options.picture);
     const std::unique_ptr<FrameSink> sink = openFrameSink(output, m_options.picture, m_options.frameRate);
+    for (int number = 1; m_options.track && number < first; ++number) {
+        m_follower.follow(m_recording.frame(number - 1));
+    }
     for (int number = first; number <= last; ++number) {
         EngMapResult& frame = m_recording.frame(number - 1);
+        // Before the imager adds the peaks that it finds.
+        std::vector<TargetPoint> tracks = m_options.track ? shownTracks(frame) : std::vector<TargetPoint>();
         cv::Mat picture = m_painter.compose(m_imager.render(frame));
-        const FrameNotes notes = notesFor(frame, number);
+        FrameNotes notes = notesFor(frame, number);
+        notes.tracks = std::move(tracks);
         if (std::find(onSheet.begin(), onSheet.end(), number) != onSheet.end()) {
             cv::Mat tile;
             cv::resize(picture, tile, sheet.tileSize(), 0.0, 0.0, cv::INTER_AREA);

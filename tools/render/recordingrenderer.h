@@ -5,11 +5,13 @@
 #include <filesystem>
 #include <functional>
 #include <opencv2/core/mat.hpp>
+#include <vector>
 
 #include "tools/recording/recording.h"
 #include "tools/render/framepainter.h"
 #include "tools/render/overlayimager.h"
 #include "tools/render/renderoptions.h"
+#include "tools/tracking/peakfollower.h"
 
 namespace kovtools {
 
@@ -22,11 +24,13 @@ public:
 
     // Frames `first` ... `last`, from 1, which exist. Writes them to `output`, and a contact sheet to
     // `contactSheet` unless that is empty. Both appear only when all went well, but for a folder of pictures,
-    // which grows. Calls `afterFrame` after each frame. Throws DataError.
+    // which grows. Tracks begin with the recording's first frame, rendered or not. Calls `afterFrame` after each frame.
+    // To be called once. Throws DataError.
     void render(int first, int last, const std::filesystem::path& output,
                 const std::filesystem::path& contactSheet, const std::function<void()>& afterFrame);
 
 private:
+    std::vector<TargetPoint> shownTracks(const EngMapResult& frame);
     FrameNotes notesFor(const EngMapResult& frame, int number) const;
 
     const Recording& m_recording;
@@ -34,6 +38,7 @@ private:
     RegionEllipse m_region;
     OverlayImager m_imager;
     FramePainter m_painter;
+    PeakFollower m_follower;
 };
 
 // Reads a camera picture of any format. Throws DataError.

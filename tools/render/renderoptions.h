@@ -22,6 +22,8 @@ struct RenderOptions
     double blend = 0.6;  // share of the overlay's colour where it covers the camera picture
     bool plain = false;  // no marks, no colour bar, no text
     double frameRate = 25.0;
+    bool track = false;    // marks the tracks of peaks with their identities
+    int trackedPeaks = 0;  // peaks of a frame that are followed, the strongest ones; 0: all
 };
 
 }  // namespace kovtools
