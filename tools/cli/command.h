@@ -37,6 +37,7 @@ void addMixCommand(CLI::App& parent, Action& chosen);
 void addMicCheckCommand(CLI::App& parent, Action& chosen);
 void addPrpdCommand(CLI::App& parent, Action& chosen);
 void addGasLeakCommand(CLI::App& parent, Action& chosen);
+void addPulsesCommand(CLI::App& parent, Action& chosen);
 void addCalibrateCommand(CLI::App& parent, Action& chosen);
 void addTrackCommand(CLI::App& parent, Action& chosen);
 

@@ -150,6 +150,7 @@ int runCommandLine(int argc, const char* const* argv)
     addMicCheckCommand(app, action);
     addPrpdCommand(app, action);
     addGasLeakCommand(app, action);
+    addPulsesCommand(app, action);
     addCalibrateCommand(app, action);
     addTrackCommand(app, action);
 

@@ -19,8 +19,8 @@ struct LeakPoint
     LeakAnswer answer;
 };
 
-// What the meter answers at `distance`, every tenth of a decibel from the table's first entry there to its last; a range
-// of more than 400 dB is thinned out. The table's whole range, if only its bounds answer.
+// What the meter answers at `distance`, every tenth of a decibel from the table's first entry there to its last. The
+// table's whole range, if only its bounds answer; more than 400 dB are thinned out.
 std::vector<LeakPoint> leakCurve(const LeakMeter& meter, float distance);
 
 // Leak rate over sound pressure level, the rate in decades. Answers from the table's own entries are the line; those
