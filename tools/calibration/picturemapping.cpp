@@ -16,8 +16,25 @@ using nlohmann::ordered_json;
 
 namespace {
 
-// What rounding may shift a mapped point by, pixels; cameras are not calibrated any better.
-constexpr double mostRounding = 0.01;
+// Root mean square distance of the source points from the line that fits them best, pixels. They are whole pixels, so
+// less than that may be nothing but their rounding, and the mapping across the line would be made of it.
+constexpr double leastSpread = 1.0;
+
+double spreadAcrossLine(const PointPairs& pairs)
+{
+    cv::Mat1d points(calibrationPairs, 2);
+    for (int i = 0; i < calibrationPairs; ++i) {
+        points(i, 0) = pairs[static_cast<std::size_t>(i)].source.x;
+        points(i, 1) = pairs[static_cast<std::size_t>(i)].source.y;
+    }
+    cv::Mat1d covariance;
+    cv::Mat1d mean;
+    cv::calcCovarMatrix(points, covariance, mean, cv::COVAR_NORMAL | cv::COVAR_ROWS | cv::COVAR_SCALE,
+                        CV_64F);
+    cv::Mat1d eigenvalues;
+    cv::eigen(covariance, eigenvalues);
+    return std::sqrt(std::max(eigenvalues(1), 0.0));
+}
 
 std::int64_t cross(PixelPoint origin, PixelPoint first, PixelPoint second)
 {
@@ -49,6 +66,10 @@ void checkSpread(const PointPairs& pairs)
             "all source points lie on one line; a mapping needs three that do not, better ones all over the "
             "picture");
     }
+    if (spreadAcrossLine(pairs) < leastSpread) {
+        throw DataError(
+            "the source points lie too nearly on one line for a mapping; choose some all over the picture");
+    }
 }
 
 cv::Point2d mapPoint(const MappingRows& rows, PixelPoint point)
@@ -76,34 +97,6 @@ MappingRows fitByLibrary(const PointPairs& pairs)
     return rows;
 }
 
-// The same fit by an orthogonal decomposition around the points' middle, which loses no digits to the squares of large
-// coordinates: what the mapped points should be.
-std::array<cv::Point2d, calibrationPairs> carefullyMapped(const PointPairs& pairs)
-{
-    cv::Point2d middle;
-    for (const PointPair& pair : pairs) {
-        middle += cv::Point2d(pair.source.x, pair.source.y) * (1.0 / calibrationPairs);
-    }
-    cv::Mat1d design(calibrationPairs, 3);
-    cv::Mat1d target(calibrationPairs, 2);
-    for (int i = 0; i < calibrationPairs; ++i) {
-        const PointPair& pair = pairs[static_cast<std::size_t>(i)];
-        design(i, 0) = 1.0;
-        design(i, 1) = pair.source.y - middle.y;
-        design(i, 2) = pair.source.x - middle.x;
-        target(i, 0) = pair.target.x;
-        target(i, 1) = pair.target.y;
-    }
-    cv::Mat1d solution;
-    cv::solve(design, target, solution, cv::DECOMP_SVD);
-    const cv::Mat1d product(design * solution);
-    std::array<cv::Point2d, calibrationPairs> mapped;
-    for (int i = 0; i < calibrationPairs; ++i) {
-        mapped[static_cast<std::size_t>(i)] = {product(i, 0), product(i, 1)};
-    }
-    return mapped;
-}
-
 std::string formatted(const char* format, double first, double second, double third)
 {
     char text[96];
@@ -128,16 +121,10 @@ PictureMapping fitMapping(const PointPairs& pairs)
     checkSpread(pairs);
     PictureMapping mapping;
     mapping.rows = fitByLibrary(pairs);
-    const std::array<cv::Point2d, calibrationPairs> careful = carefullyMapped(pairs);
     double squares = 0.0;
     for (std::size_t i = 0; i < pairs.size(); ++i) {
         const PixelPoint target = pairs[i].target;
         mapping.mapped[i] = mapPoint(mapping.rows, pairs[i].source);
-        if (!(cv::norm(mapping.mapped[i] - careful[i]) < mostRounding)) {
-            throw DataError(
-                "the source points lie too nearly on one line for a mapping; choose some all over the "
-                "picture");
-        }
         mapping.residuals[i] = mapping.mapped[i] - cv::Point2d(target.x, target.y);
         squares += mapping.residuals[i].dot(mapping.residuals[i]);
         if (cv::norm(mapping.residuals[i]) >
