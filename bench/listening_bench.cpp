@@ -15,6 +15,10 @@
 #include <random>
 #include <vector>
 
+#include "bench/plainfilter.h"
+
+using bench::PlainFilter;
+
 namespace {
 
 constexpr float base = 38600.0F;
@@ -44,41 +48,6 @@ private:
     std::vector<float> m_samples;
 };
 
-// A direct form, sample by sample.
-class PlainFilter
-{
-public:
-    explicit PlainFilter(const IIRCoef_t& c)
-        : m_b0(c.b0 / c.a0), m_b1(c.b1 / c.a0), m_b2(c.b2 / c.a0), m_a1(c.a1 / c.a0), m_a2(c.a2 / c.a0)
-    {
-    }
-
-    void filter(float* samples, int n)
-    {
-        float x1 = m_x1;
-        float x2 = m_x2;
-        float y1 = m_y1;
-        float y2 = m_y2;
-        for (int i = 0; i < n; ++i) {
-            const float x = samples[i];
-            const float y = m_b0 * x + m_b1 * x1 + m_b2 * x2 - m_a1 * y1 - m_a2 * y2;
-            x2 = x1;
-            x1 = x;
-            y2 = y1;
-            y1 = y;
-            samples[i] = y;
-        }
-        m_x1 = x1;
-        m_x2 = x2;
-        m_y1 = y1;
-        m_y2 = y2;
-    }
-
-private:
-    float m_b0, m_b1, m_b2, m_a1, m_a2;
-    float m_x1 = 0.0F, m_x2 = 0.0F, m_y1 = 0.0F, m_y2 = 0.0F;
-};
-
 class PlainMonitor
 {
 public:
@@ -102,12 +71,12 @@ public:
         std::copy_n(m_pending.data(), n, m_work.data());
         m_count = 0;
         float* work = m_work.data();
-        m_filters[0].filter(work, n);
+        m_filters[0].filter(work, work, n);
         for (int i = 0; i < n; ++i) {
             work[i] *= m_oscillator[static_cast<std::size_t>(m_phase + i)];
         }
         for (std::size_t stage = 1; stage < m_filters.size(); ++stage) {
-            m_filters[stage].filter(work, n);
+            m_filters[stage].filter(work, work, n);
         }
         const float gain = limitedGain(n);
         count = n / 2;

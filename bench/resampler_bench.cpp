@@ -9,24 +9,17 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
-#include <random>
 #include <string>
 #include <vector>
+
+#include "bench/plainfilter.h"
+
+using bench::noise;
+using bench::Samples;
 
 namespace {
 
 constexpr int inRate = 96000;
-
-using Samples = std::vector<float>;
-
-Samples noise(std::size_t count)
-{
-    std::mt19937 random(17);
-    std::uniform_real_distribution<float> uniform(-1.0F, 1.0F);
-    Samples samples(count);
-    std::generate(samples.begin(), samples.end(), [&] { return uniform(random); });
-    return samples;
-}
 
 // A block and room for what comes out of it.
 struct Block
