@@ -114,6 +114,38 @@ TEST(SimulateArray, LeavesNothingBehindWhenTheFolderCannotBeUsed)
     EXPECT_EQ(kovtools::tests::countFiles(sandbox / "a", ".wav"), 1);
 }
 
+TEST(Beamform, UsesASetAsFarAsItsShortestFileAndNamesThatFile)
+{
+    const Sandbox sandbox;
+    ASSERT_EQ(sandbox.run(simulate).status, 0);
+    ASSERT_EQ(sandbox.run({"beamform", "a", "-o", "whole.kov", "--map", "4x4"}).status, 0);
+    std::filesystem::resize_file(sandbox / "a/data-7.wav", 44 + 4000 * 32);
+
+    const Outcome outcome = sandbox.run({"beamform", "a", "-o", "cut.kov", "--map", "4x4"});
+
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_TRUE(isOneSentence(outcome.err)) << outcome.err;
+    EXPECT_NE(outcome.err.find("data-7.wav' ends after 4000 of 9600 samples"), std::string::npos)
+        << outcome.err;
+    // At 3840 samples a frame, of which the first 1024 must be there.
+    EXPECT_EQ(json::parse(sandbox.run({"info", "whole.kov", "--json"}).out)["frames"], 3);
+    EXPECT_EQ(json::parse(sandbox.run({"info", "cut.kov", "--json"}).out)["frames"], 1);
+}
+
+TEST(Beamform, ReplacesNoFileOfTheSetThatItReadsAPartOf)
+{
+    const Sandbox sandbox;
+    ASSERT_EQ(sandbox.run(simulate).status, 0);
+    const std::string file = readFile(sandbox / "a/data-5.wav");
+    writeFile(sandbox / "two.txt", "0 0 0\n0.01 0 0\n");
+
+    const Outcome outcome = sandbox.run({"beamform", "a", "-o", "a/data-5.wav", "--geometry", "two.txt"});
+
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_TRUE(isOneSentence(outcome.err)) << outcome.err;
+    EXPECT_EQ(readFile(sandbox / "a/data-5.wav"), file);
+}
+
 TEST(Beamform, ServesOtherArraysByTheirGeometry)
 {
     const Sandbox sandbox;

@@ -9,6 +9,7 @@
 
 #include "tools/support/errors.h"
 #include "tools/support/inquotes.h"
+#include "tools/support/wording.h"
 
 namespace kovtools {
 
@@ -55,9 +56,8 @@ public:
     void checkChannels() const
     {
         if (m_info.channels != channelsPerFile) {
-            throw DataError(inQuotes(m_path) + " has " + std::to_string(m_info.channels) + " channel" +
-                            (m_info.channels == 1 ? "" : "s") + " where files of an array have " +
-                            std::to_string(channelsPerFile));
+            throw DataError(inQuotes(m_path) + " has " + counted(m_info.channels, "channel") +
+                            " where files of an array have " + std::to_string(channelsPerFile));
         }
     }
 
@@ -120,6 +120,17 @@ ArrayRecording::ArrayRecording(const fs::path& folder, int channels) : m_channel
 }
 
 ArrayRecording::~ArrayRecording() = default;
+
+std::string ArrayRecording::complaint() const
+{
+    const auto frames = [](const std::unique_ptr<File>& file) { return file->info().frames; };
+    const auto [shortest, longest] = std::ranges::minmax_element(m_files, {}, frames);
+    if (frames(*shortest) == frames(*longest)) {
+        return {};
+    }
+    return inQuotes((*shortest)->path()) + " ends after " + std::to_string(frames(*shortest)) + " of " +
+           std::to_string(frames(*longest)) + " samples; the recording was used as far as that";
+}
 
 void ArrayRecording::read(std::int64_t first, int count, float* const* rows)
 {

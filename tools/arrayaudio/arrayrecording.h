@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace kovtools {
@@ -33,6 +34,10 @@ public:
 
     // Per channel: those of the shortest file.
     std::int64_t samples() const { return m_samples; }
+
+    // The sentence about files that hold less than others, by which the recording is shorter than it was made; names
+    // the shortest. Empty when all is well.
+    std::string complaint() const;
 
     // Fills rows[c][0 .. count - 1] for each channel c with the samples from `first` (>= 0) on; first + count within
     // samples(). Throws DataError when a file cannot be read to there, or holds samples that are no finite numbers.

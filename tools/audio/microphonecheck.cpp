@@ -56,9 +56,10 @@ void checkRecording(const ArrayRecording& recording)
         throw DataError("the check is for arrays of " + std::to_string(arrayMicrophones) + " microphones");
     }
     if (recording.samples() < leastSamples) {
+        const std::string complaint = recording.complaint();
         throw DataError("the recording holds " + std::to_string(recording.samples()) +
                         " samples of each microphone; the check needs " + std::to_string(leastSamples) +
-                        " (half a second at 96000 Hz)");
+                        " (half a second at 96000 Hz)" + (complaint.empty() ? "" : "; " + complaint));
     }
 }
 

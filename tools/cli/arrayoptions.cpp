@@ -1,6 +1,8 @@
 #include "tools/cli/arrayoptions.h"
 
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 #include "tools/arrayaudio/arrayrecording.h"
 #include "tools/arrayaudio/geometryfile.h"
@@ -8,6 +10,7 @@
 #include "tools/support/errors.h"
 #include "tools/support/filepaths.h"
 #include "tools/support/inquotes.h"
+#include "tools/support/wording.h"
 
 namespace kovtools {
 
@@ -27,10 +30,11 @@ std::vector<Microphone> chosenArray(const ArrayChoice& choice)
     const int positions = static_cast<int>(array.size());
     if (choice.channels != 0 && choice.channels != positions) {
         throw UsageError(choice.geometry.empty()
-                             ? "an array of " + std::to_string(choice.channels) +
-                                   " channels needs its positions; give them with --geometry"
-                             : inQuotes(choice.geometry) + " has positions for " + std::to_string(positions) +
-                                   " channels, but --channels says " + std::to_string(choice.channels));
+                             ? "an array of " + counted(choice.channels, "channel") +
+                                   " needs its positions; give them with --geometry"
+                             : inQuotes(choice.geometry) + " has positions for " +
+                                   counted(positions, "channel") + ", but --channels says " +
+                                   std::to_string(choice.channels));
     }
     return array;
 }
@@ -39,8 +43,13 @@ void addSetAsInput(FilesOfCommand& files, const std::string& role, const std::fi
                    int channels)
 {
     files.addInput(role, folder);
-    for (int i = 0; i < filesOfSet(channels); ++i) {
-        files.addInput(role, fileOfSet(folder, i));
+    for (int i = 0; i < filesOfSet(mostMicrophones); ++i) {
+        // A geometry may name fewer microphones than the folder holds; the others are recordings too.
+        const std::filesystem::path file = fileOfSet(folder, i);
+        std::error_code error;
+        if (i < filesOfSet(channels) || std::filesystem::exists(file, error)) {
+            files.addInput(role, file);
+        }
     }
 }
 

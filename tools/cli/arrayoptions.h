@@ -28,7 +28,8 @@ void addArrayOptions(CLI::App& command, ArrayChoice& choice);
 // DataError when the file is bad.
 std::vector<Microphone> chosenArray(const ArrayChoice& choice);
 
-// The WAV files of a set of `channels` in `folder`, and the folder itself, under the role `role`.
+// The WAV files of a set of `channels` in `folder`, and the folder itself, under the role `role`; as input also the
+// files of a larger set that stand there.
 void addSetAsInput(FilesOfCommand& files, const std::string& role, const std::filesystem::path& folder,
                    int channels);
 void addSetAsOutput(FilesOfCommand& files, const std::string& role, const std::filesystem::path& folder,

@@ -85,6 +85,10 @@ ExitStatus beamform(const BeamformCommandOptions& options, const CommonOptions& 
     std::cout << printable(options.output.string()) << ": " << counted(beamformer.frames(), "frame")
               << ", maps of " << beamformOptions.rows << " x " << beamformOptions.cols << ", "
               << counted(recording.channels(), "channel") << ", " << bytes << " bytes\n";
+    std::cout.flush();
+    if (const std::string complaint = recording.complaint(); !complaint.empty()) {
+        throw DataError(complaint);
+    }
     return EXIT_GOOD;
 }
 

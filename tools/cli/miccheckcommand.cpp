@@ -9,6 +9,7 @@
 #include "tools/audio/arraypicture.h"
 #include "tools/audio/microphonecheck.h"
 #include "tools/audio/microphonereport.h"
+#include "tools/cli/arrayoptions.h"
 #include "tools/cli/command.h"
 #include "tools/cli/optiontypes.h"
 #include "tools/render/framesink.h"
@@ -32,9 +33,7 @@ struct MicCheckOptions
 void checkFiles(const MicCheckOptions& options, const CommonOptions& common)
 {
     FilesOfCommand files;
-    for (int i = 0; i < filesOfSet(arrayMicrophones); ++i) {
-        files.addInput("DIR", fileOfSet(options.folder, i));
-    }
+    addSetAsInput(files, "DIR", options.folder, arrayMicrophones);
     files.addOutput("--plot", options.plot);
     files.addOutput("--log", common.log);
     files.checkDistinct();
@@ -69,6 +68,9 @@ ExitStatus checkMicrophones(const MicCheckOptions& options, const CommonOptions&
     std::cout.flush();
     if (!check.failing().empty()) {
         throw DataError(checkSentence(check));
+    }
+    if (const std::string complaint = recording.complaint(); !complaint.empty()) {
+        throw DataError(complaint);
     }
     return EXIT_GOOD;
 }
