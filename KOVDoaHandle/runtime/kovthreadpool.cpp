@@ -84,6 +84,7 @@ public:
         if (!job) {
             return;
         }
+        m_hasJob = true;
         m_hasOpenJob = true;
         setCallback([this, job = std::move(job)](KOVThreadInfo* info) {
             job(info);
@@ -99,11 +100,14 @@ public:
         BeginInvoke(QueuedCallHandle(std::make_shared<QueuedCall>(std::move(f), m_queuedCalls)));
     }
 
-    // A job's thread has no event loop that could take a call, not even before its job begins.
+    // A job's thread has no event loop that could take a call: not before its job begins, and not while the slots of
+    // its last signals run either, when it is no longer busy.
+    bool canTakeCalls() { return !m_hasJob && !IsBusy(); }
     bool isWorking() { return IsBusy() || m_hasOpenJob; }
     bool hasWorkLeft() { return isWorking() || *m_queuedCalls > 0; }
 
 private:
+    bool m_hasJob = false;
     std::atomic<bool> m_hasOpenJob{false};
     const std::shared_ptr<std::atomic<int>> m_queuedCalls = std::make_shared<std::atomic<int>>(0);
 };
@@ -138,7 +142,7 @@ void reapFrom(QList<KOVThread*>& threads)
 PooledThread* idleThreadOf(QList<KOVThread*>& threads)
 {
     for (KOVThread* const thread : std::as_const(threads)) {
-        if (!pooled(thread)->isWorking()) {
+        if (pooled(thread)->canTakeCalls()) {
             return pooled(thread);
         }
     }

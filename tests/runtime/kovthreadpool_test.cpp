@@ -182,6 +182,33 @@ TEST(KOVThreadPool, NeverInvokesOnAThreadWhoseJobHasNotBegunYet)
     }
 }
 
+// While the slots of its last signals run, such a thread still runs and is not busy; but it has no event loop, and a
+// call that it was chosen for would never come back.
+TEST(KOVThreadPool, NeverInvokesOnAThreadWhoseJobHasEnded)
+{
+    TidyPool pool;
+    Job job;
+    std::latch isEnding(1);
+    std::latch mayEnd(1);
+    std::latch hasRun(1);
+    KOVThread* const ending = pool.run(job.callback(), QVariant());
+    QObject::connect(ending, &KOVThread::completed, [&] {
+        isEnding.count_down();
+        mayEnd.wait();
+    });
+    job.end();
+    isEnding.wait();
+    const bool looksIdle = ending->isRunning() && !ending->IsBusy();
+
+    const bool isAnother = pool.BeginInvoke([&] { hasRun.count_down(); }) != ending;
+
+    mayEnd.count_down();
+    waitForEnd(*ending);
+    EXPECT_TRUE(looksIdle);
+    ASSERT_TRUE(isAnother);
+    hasRun.wait();
+}
+
 TEST(KOVThreadPool, InvokesOnAThreadThatIsJustStarting)
 {
     for (int round = 0; round < 100; ++round) {
@@ -278,6 +305,23 @@ TEST(KOVThreadPool, RemovesAndDeletesEndedThreadsBeforeACall)
     for (const auto& thread : ended) {
         EXPECT_TRUE(thread.isNull());
     }
+}
+
+TEST(KOVThreadPool, BeginsNoFunctionOnAnEndedThread)
+{
+    TidyPool pool;
+    const QPointer<KOVThread> ended = pool.StartNewThread();
+    ended->quit();
+    ended->wait();
+    std::latch hasRun(1);
+
+    const bool isAnother = pool.BeginInvoke([&] { hasRun.count_down(); }) != ended.data();
+
+    EXPECT_EQ(pool.NumberOfThread(), 1);
+    ASSERT_TRUE(isAnother);
+    hasRun.wait();
+    deleteWhatIsToBeDeleted();
+    EXPECT_TRUE(ended.isNull());
 }
 
 // ---- Clearing ----
