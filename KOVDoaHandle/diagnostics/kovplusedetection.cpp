@@ -245,7 +245,7 @@ void KOVPluseDetection::KOV_Filter(float* x, int n, float* a, float* b, int orde
         }
     }
     // The forward part from the end on, so that it can stand in the place of its input.
-    for (int i = n - 1; i >= 0; --i) {
+    for (int i = std::max(n, 0) - 1; i >= 0; --i) {
         float sum = 0.0F;
         for (int k = 0; k <= std::min(i, order - 1); ++k) {
             sum += b[k] * x[i - k];

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <complex>
 #include <cstddef>
+#include <limits>
 #include <numbers>
 #include <random>
 #include <string>
@@ -323,6 +324,25 @@ TEST_F(PulseBlocks, LeaveAnEmptySignalAlone)
     detector.KOV_Hilbert(x.data(), -4);
 
     EXPECT_EQ(x[0], 3.0F);
+}
+
+TEST_F(PulseBlocks, TakeNegativeLengthsAsEmpty)
+{
+    for (const int n : {-1, std::numeric_limits<int>::min()}) {
+        Samples x{3.0F};
+        Samples a{1.0F, -0.5F};
+        Samples b{2.0F, 1.0F};
+        float floor = 0.0F;
+
+        detector.KOV_Abs(x.data(), n);
+        detector.KOV_Rescale(x.data(), n);
+        detector.KOV_Filter(x.data(), n, a.data(), b.data(), 2);
+        detector.KOV_NoiseFloor(x.data(), n, floor);
+        detector.KOV_MaxPulseSegment(x.data(), n);
+
+        EXPECT_EQ(x[0], 3.0F);
+        EXPECT_TRUE(std::isnan(floor));
+    }
 }
 
 TEST_F(PulseBlocks, LeaveThePlansOfOtherObjectsValid)
