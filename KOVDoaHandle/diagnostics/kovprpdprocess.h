@@ -94,9 +94,9 @@ public:
     // null, none of it is written. The pattern is zero before the first one and outlasts a reset.
     PRPDResult getPddFrameData(float* out, int capacity);
 
-    // Forgets votes, verdict, levels, tracked phase and the stream. Keeps mode, models and pattern. Samples
-    // before the start of the new stream, which the first patterns reach for (at most 5760), are those of the
-    // old one.
+    // Forgets votes, verdict, levels, tracked phase and the stream. Keeps mode, models and pattern. Before the
+    // start of the new stream, where the first patterns reach (by less than 5760 samples), lies what the old one
+    // has left there, or silence.
     void resetResult();
 
     // The steps of a poll.
@@ -116,7 +116,7 @@ public:
     bool getPdd(float* frame, PddType& type);
 
     // The same for the named mains frequency, however few samples there are: what lies before the stream is
-    // silence.
+    // silence, or, after a reset, what the old stream has left there.
     void processPdd50Hz(float* frame, PddType& type);
     void processPdd60Hz(float* frame, PddType& type);
 

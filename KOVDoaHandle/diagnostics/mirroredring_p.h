@@ -31,8 +31,8 @@ public:
     const float* oldest() const;
 
     // `count` samples of which the last has stream index `last`, behind the newest by less than capacity -
-    // count. Before index 0 lies what the memory holds: silence in a new object, the end of the stream before
-    // a restart otherwise.
+    // count. Before index 0 lies what the end of the memory holds: silence, or, where a stream before a restart
+    // has come so far, its samples.
     const float* endingAt(std::int64_t last, int count) const;
 
 private:

@@ -10,8 +10,9 @@
 
 // A track is a peak that is followed from frame to frame. It starts with life 10, gains 1 with each point that matches
 // it (up to 50) and loses 1 in each frame in which none does; below 1 it is dropped. Only tracks with a life above 25
-// are reported, so that a flash of noise never gets a cursor: a steady peak appears after 16 frames beyond its first,
-// and one at full life outlasts 49 frames without it (reported during the first 24 of them).
+// are reported, so that a flash of noise never gets a cursor: a track appears with the 16th match after its birth if no
+// frame lacked it. That is its 17th frame, or an earlier one when several points of a frame matched it. One at full
+// life outlasts 49 frames without it (reported during the first 24 of them).
 //
 // A point matches a track less than 5 map cells away. Identities are small: the lowest free one, from 0, is given out.
 //

@@ -75,11 +75,14 @@ public:
     int exec() override;
 
     // Runs `f` on this thread's event loop and waits until it has returned. The thread must run an event
-    // loop; otherwise the call waits until it does. Never call it from the thread itself. Returns false when
-    // Qt cannot deliver the call. An empty function does nothing.
+    // loop; otherwise the call waits until it does, for ever when the thread has ended. Never call it from the
+    // thread itself. An empty function does nothing. Returns what Qt does, which is true for every call it has
+    // queued: in a process without a QCoreApplication, where event loops drop what they are given, the call
+    // returns true at once although `f` does not run. (KOVThreadPool::Invoke() works there too.)
     bool Invoke(std::function<void()> f);
 
     // Queues `f` for this thread's event loop and returns at once; functions run in the order of the calls.
+    // Returns true, also where `f` will never run: see Invoke().
     bool BeginInvoke(std::function<void()> f);
 
 Q_SIGNALS:
