@@ -249,6 +249,46 @@ INSTANTIATE_TEST_SUITE_P(Bands, PrpdPeakBands,
                                            PeakBand{120.0, 7.5, "FullScale"}),
                          [](const auto& band) { return band.param.name; });
 
+struct PeakLimit
+{
+    float beginDb;  // of a band
+    double limitBelowDb;
+    double limitDb;
+};
+
+class PrpdPeakLimits : public KOVPrpdProcessTest, public ::testing::WithParamInterface<PeakLimit>
+{
+};
+
+// A floor between the limits of both bands tells them apart.
+TEST_P(PrpdPeakLimits, BelongToTheBandThatBeginsThere)
+{
+    const PeakLimit limit = GetParam();
+    const auto level = [](float amplitude) { return 20.0F * std::log10(amplitude) + 120.0F; };
+    float peak = amplitudeAt(static_cast<double>(limit.beginDb) - 0.001);
+    while (level(peak) < limit.beginDb) {
+        peak = std::nextafter(peak, 1.0F);
+    }
+    ASSERT_EQ(level(peak), limit.beginDb);
+    const float floor =
+        amplitudeAt(static_cast<double>(limit.beginDb) - (limit.limitBelowDb + limit.limitDb) / 2.0);
+
+    float below = peak;
+    while (level(below) == limit.beginDb) {
+        below = std::nextafter(below, 0.0F);
+    }
+    EXPECT_FALSE(process->checkPeak(below, floor));
+    EXPECT_TRUE(process->checkPeak(peak, floor));
+}
+
+INSTANTIATE_TEST_SUITE_P(Bands, PrpdPeakLimits,
+                         ::testing::Values(PeakLimit{42.0F, 15.0, 13.5}, PeakLimit{45.0F, 13.5, 12.0},
+                                           PeakLimit{48.0F, 12.0, 10.5}, PeakLimit{51.0F, 10.5, 9.0},
+                                           PeakLimit{54.0F, 9.0, 7.5}),
+                         [](const auto& limit) {
+                             return std::to_string(static_cast<int>(limit.param.beginDb)) + "dB";
+                         });
+
 TEST_F(KOVPrpdProcessTest, AcceptsNoPeakThatIsNoneAndAnyAboveAFloorOfZero)
 {
     EXPECT_FALSE(process->checkPeak(0.0F, 0.001F));
@@ -286,6 +326,20 @@ TEST_F(KOVPrpdProcessTest, GivesThePatternOnlyWhereThereIsRoomForAllOfIt)
     EXPECT_EQ(frame[2000], -1.0F);
 
     EXPECT_TRUE(sameBits(process->getPddFrameData(nullptr, 2000).F1, given.F1));
+}
+
+TEST_F(KOVPrpdProcessTest, NeedsRoomForTheLongerPatternOfFiftyHertz)
+{
+    store(swelling(1, 200000));
+    poll(1);
+    std::vector<float> frame(2401, -1.0F);
+
+    process->getPddFrameData(frame.data(), 2399);
+    EXPECT_EQ(frame, std::vector<float>(2401, -1.0F));
+
+    process->getPddFrameData(frame.data(), 2400);
+    EXPECT_GT(*std::min_element(frame.begin(), frame.begin() + 2400), -1.0F);
+    EXPECT_EQ(frame[2400], -1.0F);
 }
 
 TEST_F(KOVPrpdProcessTest, HasAPatternOfZerosBeforeTheFirstPoll)

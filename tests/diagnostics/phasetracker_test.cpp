@@ -169,6 +169,42 @@ TEST(DisplayedPhase, JumpsHalfACycleWhenTheAverageHasGoneFar)
     EXPECT_EQ(tracker.displayed(), 120.0F + 80.0F * 0.25F);
 }
 
+TEST(DisplayedPhase, CountsSixtySixBinsAsFarAtSixtyHertz)
+{
+    PhaseTracker nearBy;
+    PhaseTracker farAway;
+
+    follow(nearBy, {65, 65, 65, 65}, true, mains60);
+    follow(farAway, {66, 66, 66, 66}, true, mains60);
+
+    EXPECT_EQ(nearBy.displayed(), 8.0F);
+    EXPECT_EQ(farAway.displayed(), 0.0F);
+}
+
+// A whole cycle is reached with 60 Hz only, and only after a change of the mains: with one of them alone the displayed
+// phase jumps before it is so far away. These references lead just beyond 133 bins; each is found and then kept by a
+// rejected pattern.
+TEST(DisplayedPhase, JumpsAWholeCycleWhenTheAverageIsFartherThanThat)
+{
+    const struct
+    {
+        int reference;
+        const MainsGeometry& second;  // mains of the rejected pattern
+    } steps[] = {{117, mains50}, {81, mains60}, {0, mains50}, {0, mains50}, {0, mains50}, {112, mains50}};
+    PhaseTracker tracker;
+    for (const auto& [at, second] : steps) {
+        follow(tracker, {at, at, at, at});
+        follow(tracker, {}, false, second);
+    }
+    follow(tracker, {239, 239, 239, 239});
+    ASSERT_EQ(tracker.displayed(), -18.5625F);  // the average is at 114.53
+
+    follow(tracker, {}, false, mains60);
+
+    const float candidate = -18.5625F + 200.0F;
+    EXPECT_EQ(tracker.displayed(), candidate + (239.0F - candidate) * 0.25F);
+}
+
 TEST(PageOffset, LiesThePhaseOffsetBeforeTheDisplayedPhase)
 {
     PhaseTracker fifty;

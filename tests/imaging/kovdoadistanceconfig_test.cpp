@@ -144,4 +144,27 @@ TEST(KOVDoaDistanceConfig, FallsBackToNoResultASecondAfterMeasuringBegan)
     EXPECT_LT(elapsed.count(), 10.0);
 }
 
+// The stopwatch is not that of the object's life.
+TEST(KOVDoaDistanceConfig, CountsTheSecondFromWhereMeasuringBegan)
+{
+    using Clock = std::chrono::steady_clock;
+    KOVDoaDistanceConfig distance;
+    const auto made = Clock::now();
+    while (Clock::now() - made < std::chrono::milliseconds(1100)) {
+        distance.feedDis(5.0F);
+        std::this_thread::yield();
+    }
+    ASSERT_EQ(distance.getDistanceProcessStatus(), 2);
+
+    const auto lost = Clock::now();
+    feedAround(distance, 5.0F, 0.548F);
+    const int status = distance.getDistanceProcessStatus();
+
+    if (Clock::now() - lost < std::chrono::seconds(1)) {
+        EXPECT_EQ(status, 1);
+    } else {
+        GTEST_SKIP() << "the machine was busy with something else for a whole second";
+    }
+}
+
 }  // namespace
