@@ -1,0 +1,23 @@
+# cmake -DPREFIX=... -DPROGRAM=... -P underwine.cmake
+# Runs a program for Windows under wine, in a wine folder of its own; says so where wine is missing or cannot start.
+find_program(WINE NAMES wine64 wine PATHS /usr/lib/wine)
+if(NOT WINE)
+    message("wine cannot start: it is not installed (Debian: wine64)")
+    return()
+endif()
+if(NOT EXISTS ${PROGRAM})
+    message("no program for Windows was built")
+    return()
+endif()
+set(ENV{WINEPREFIX} ${PREFIX})
+set(ENV{WINEDEBUG} -all)
+# Neither a browser engine nor .NET: nobody here needs them, and wine would ask for them in a window.
+set(ENV{WINEDLLOVERRIDES} "mscoree,mshtml=")
+set(ENV{DISPLAY} "")
+file(MAKE_DIRECTORY ${PREFIX})
+execute_process(COMMAND ${WINE} cmd /c exit 0 RESULT_VARIABLE result OUTPUT_VARIABLE said ERROR_VARIABLE said TIMEOUT 240)
+if(NOT result EQUAL 0)
+    message("wine cannot start: ${result} ${said}")
+    return()
+endif()
+execute_process(COMMAND ${WINE} ${PROGRAM} TIMEOUT 240 COMMAND_ERROR_IS_FATAL ANY)
