@@ -3,9 +3,8 @@
 
     library_symbols.py silence LIBRARY           fails when the library could print, or end the process
     library_symbols.py exports LIBRARY LIST      fails when its exports are not exactly those in the file LIST
-    library_symbols.py refresh LIBRARY LIST      writes LIST; for a commit of its own that says what changed and why
 
-Needs nm and c++filt of the binutils.
+`binary_interface.py accept` writes the lists. Needs nm and c++filt of the binutils.
 """
 
 import difflib
@@ -59,6 +58,11 @@ def own_exports(names):
     return sorted(set(demangled([name for name in names if name not in marks and not FROM_STANDARD_LIBRARY.match(name)])))
 
 
+def refresh(library, path):
+    with open(path, "w", encoding="utf-8") as file:
+        file.write("".join(name + "\n" for name in own_exports(symbols(library, "--defined-only"))))
+
+
 def main():
     if len(sys.argv) == 3 and sys.argv[1] == "silence":
         names = demangled(symbols(sys.argv[2], "--undefined-only"))
@@ -70,12 +74,8 @@ def main():
             print(f"imports {name}: the library neither prints nor ends the process")
         print(f"{len(names)} imported symbols looked at, {len(loud)} of them loud")
         return 1 if loud else 0
-    if len(sys.argv) == 4 and sys.argv[1] in ("exports", "refresh"):
+    if len(sys.argv) == 4 and sys.argv[1] == "exports":
         found = own_exports(symbols(sys.argv[2], "--defined-only"))
-        if sys.argv[1] == "refresh":
-            with open(sys.argv[3], "w", encoding="utf-8") as file:
-                file.write("".join(name + "\n" for name in found))
-            return 0
         with open(sys.argv[3], encoding="utf-8") as file:
             listed = file.read().splitlines()
         changes = list(difflib.unified_diff(listed, found, "listed", "exported", lineterm="", n=0))
