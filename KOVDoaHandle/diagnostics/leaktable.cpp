@@ -202,7 +202,14 @@ QHash<int, float>& LeakTableReader::ratesAt(int distanceKey)
         // Nodes of a QHash stay where they are when others are added.
         m_lastRates = &m_table.rates[distanceKey];
         m_lastDistanceKey = distanceKey;
+        if (m_lastRates->isEmpty()) {
+            // Lines in a row, not what the last distance has in all: however the lines alternate, the room made is
+            // never more than the lines read.
+            m_lastRates->reserve(m_linesInARow);
+        }
+        m_linesInARow = 0;
     }
+    ++m_linesInARow;
     return *m_lastRates;
 }
 

@@ -47,9 +47,10 @@ private:
     bool m_isUnfinishedTooLong = false;
     bool m_isFirstLine = true;
     bool m_isTextBegin = true;
-    // Most tables go through the levels of one distance before the next.
+    // Most tables go through the levels of one distance before the next, and have about as many for each.
     QHash<int, float>* m_lastRates = nullptr;
     int m_lastDistanceKey = 0;
+    int m_linesInARow = 0;  // of the last distance
 };
 
 }  // namespace KOVPrivate
