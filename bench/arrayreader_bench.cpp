@@ -8,84 +8,32 @@
 #include <benchmark/benchmark.h>
 #include <sndfile.h>
 
-#include <QtCore/QTemporaryDir>
-
 #include <array>
 #include <chrono>
 #include <cstddef>
-#include <cstdint>
 #include <cstring>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <KOVDoaHandle/KOVAudio/arrayplayer_p.h>
-#include <KOVDoaHandle/KOVAudio/kovaudiosource.h>
 #include <KOVDoaHandle/KOVAudio/kovhwmultaudio.h>
+
+#include "bench/arrayrecording.h"
+#include "bench/publishing.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
+using bench::ArrayRecording;
+
 constexpr int fileCount = 26;
-constexpr int fileChannels = 8;
-constexpr int channels = fileCount * fileChannels;
-constexpr int sampleRateHz = 96'000;
-constexpr int samples = 2 * sampleRateHz;
+constexpr std::size_t fileChannels = ArrayRecording::fileChannels;
+constexpr int channels = fileCount * ArrayRecording::fileChannels;
+constexpr int samples = 2 * ArrayRecording::sampleRateHz;
 constexpr int blockSize = 1024;
 constexpr int sourceCount = 4;
-
-void discardMessage(QtMsgType, const QMessageLogContext&, const QString&) {}
-
-// The header of a file with `samples` samples of each channel, little-endian as this benchmark's machines are.
-struct WavHeader
-{
-    std::array<char, 4> riff{'R', 'I', 'F', 'F'};
-    std::uint32_t riffBytes = 36 + dataBytes;
-    std::array<char, 8> wave{'W', 'A', 'V', 'E', 'f', 'm', 't', ' '};
-    std::uint32_t formatBytes = 16;
-    std::uint16_t format = 3;  // floating point
-    std::uint16_t channelCount = fileChannels;
-    std::uint32_t rate = sampleRateHz;
-    std::uint32_t byteRate = sampleRateHz * frameBytes;
-    std::uint16_t alignment = frameBytes;
-    std::uint16_t bits = 32;
-    std::array<char, 4> data{'d', 'a', 't', 'a'};
-    std::uint32_t bytes = dataBytes;
-
-    static constexpr std::uint16_t frameBytes = fileChannels * sizeof(float);
-    static constexpr std::uint32_t dataBytes = std::uint32_t{samples} * frameBytes;
-};
-static_assert(sizeof(WavHeader) == 44);
-
-// A folder with 26 files of 2 s, in the system's cache because they have just been written.
-class Recording
-{
-public:
-    Recording()
-    {
-        qInstallMessageHandler(discardMessage);
-        std::vector<float> interleaved(interleavedSamples);
-        for (std::size_t i = 0; i < interleaved.size(); ++i) {
-            interleaved[i] = static_cast<float>(i % 9973) * 1e-4F;
-        }
-        const WavHeader header;
-        for (int number = 0; number < fileCount; ++number) {
-            std::ofstream file(path(number), std::ios::binary);
-            file.write(reinterpret_cast<const char*>(&header), sizeof header);
-            file.write(reinterpret_cast<const char*>(interleaved.data()), WavHeader::dataBytes);
-        }
-    }
-
-    std::string folder() const { return m_folder.path().toStdString(); }
-    std::string path(int number) const { return folder() + "/data-" + std::to_string(number) + ".wav"; }
-
-    static constexpr std::size_t interleavedSamples = std::size_t{samples} * fileChannels;
-
-private:
-    QTemporaryDir m_folder;
-};
 
 double secondsSince(Clock::time_point start)
 {
@@ -94,7 +42,7 @@ double secondsSince(Clock::time_point start)
 
 void load(benchmark::State& state)
 {
-    const Recording recording;
+    const ArrayRecording recording(fileCount, samples);
     for (auto _ : state) {
         KOVHwMultAudio reader;
         const auto start = Clock::now();
@@ -104,13 +52,15 @@ void load(benchmark::State& state)
             state.SkipWithError("not loaded");
         }
     }
-    state.SetBytesProcessed(state.iterations() * fileCount * std::int64_t{WavHeader::dataBytes});
+    state.SetBytesProcessed(state.iterations() * fileCount * recording.dataBytes());
 }
 BENCHMARK(load)->Name("ArrayReader/Init/208x2s")->UseManualTime()->Unit(benchmark::kMillisecond);
 
 using Channel = std::unique_ptr<float[]>;
 
-bool loadWithSndfile(const Recording& recording, std::vector<float>& interleaved,
+constexpr std::size_t interleavedSamples = std::size_t{samples} * fileChannels;
+
+bool loadWithSndfile(const ArrayRecording& recording, std::vector<float>& interleaved,
                      std::vector<Channel>& loaded)
 {
     for (int number = 0; number < fileCount; ++number) {
@@ -137,8 +87,8 @@ bool loadWithSndfile(const Recording& recording, std::vector<float>& interleaved
 
 void loadPeer(benchmark::State& state)
 {
-    const Recording recording;
-    std::vector<float> interleaved(Recording::interleavedSamples);
+    const ArrayRecording recording(fileCount, samples);
+    std::vector<float> interleaved(interleavedSamples);
     for (auto _ : state) {
         std::vector<Channel> loaded;
         loaded.reserve(channels);
@@ -149,7 +99,7 @@ void loadPeer(benchmark::State& state)
             state.SkipWithError("not loaded");
         }
     }
-    state.SetBytesProcessed(state.iterations() * fileCount * std::int64_t{WavHeader::dataBytes});
+    state.SetBytesProcessed(state.iterations() * fileCount * recording.dataBytes());
 }
 BENCHMARK(loadPeer)->Name("ArrayReader/Init/208x2s/peer")->UseManualTime()->Unit(benchmark::kMillisecond);
 
@@ -158,33 +108,14 @@ constexpr int blocksPerRound = 10;
 
 void publish(benchmark::State& state)
 {
-    const Recording files;
-    const auto recording = std::make_shared<KOVAudio::WavSet>(channels, sampleRateHz, blockSize);
-    recording->load(QString::fromStdString(files.folder()));
-    const auto sources = std::make_shared<KOVAudio::SourceList>();
-    std::vector<std::unique_ptr<KOVAudioSource>> consumers;
-    for (int i = 0; i < sourceCount; ++i) {
-        consumers.push_back(
-            std::make_unique<KOVAudioSource>(QStringLiteral("consumer"), sampleRateHz, channels));
-        sources->add(*consumers.back());
-    }
-    KOVAudio::ArrayPlayer player(recording, sources, 0);
-    // Once around the pool, whose memory has not been touched before.
-    for (int i = 0; i < KOVAudio::ArrayPlayer::poolBlocks; ++i) {
-        player.publish();
-    }
-    for (const auto& consumer : consumers) {
-        consumer->clearData();
-    }
+    bench::Publishing publishing(fileCount, blockSize, sourceCount);
     for (auto _ : state) {
         const auto start = Clock::now();
         for (int i = 0; i < blocksPerRound; ++i) {
-            player.publish();
+            publishing.publish();
         }
         state.SetIterationTime(secondsSince(start) / blocksPerRound);
-        for (const auto& consumer : consumers) {
-            consumer->clearData();
-        }
+        publishing.drain();
     }
 }
 BENCHMARK(publish)->Name("ArrayReader/Publish/208x1024to4")->UseManualTime();

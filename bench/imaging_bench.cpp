@@ -4,72 +4,24 @@
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
-#include <QtCore/QDir>
-#include <QtCore/QTemporaryDir>
-
 #include <algorithm>
 #include <cmath>
-#include <memory>
-#include <random>
+#include <cstddef>
 #include <vector>
 
-#include <KOVDoaHandle/api/results.h>
-#include <KOVDoaHandle/imaging/engmapresult.h>
 #include <KOVDoaHandle/imaging/kovdoaobject.h>
 #include <KOVDoaHandle/imaging/kovgaussianprocessregression.h>
 
+#include "bench/copying.h"
+#include "bench/movingsource.h"
+
 namespace {
 
-constexpr int mapRows = 48;
-constexpr int mapCols = 64;
-constexpr int frameCount = 8;  // inputs vary between iterations
+using bench::frameCount;
+using bench::mapCols;
+using bench::mapRows;
+
 constexpr float dynamicDb = 6.0F;
-
-struct ReleaseFrame
-{
-    void operator()(EngMapResult* frame) const { releaseResultHandle(frame); }
-};
-using Frame = std::unique_ptr<EngMapResult, ReleaseFrame>;
-
-struct DestroyImage
-{
-    void operator()(mat1d_uint8* image) const { destroy_mat1d_uint8(image); }
-};
-
-// Moving sources over a noisy floor, with their peaks stored as a beamformer with tracking delivers them.
-std::vector<Frame> makeFrames()
-{
-    std::mt19937 random(1);
-    std::uniform_real_distribution<float> noise(0.05F, 0.08F);
-    std::vector<Frame> frames;
-    for (int i = 0; i < frameCount; ++i) {
-        Frame frame(createResultHandle(mapRows, mapCols, 480, 640, 1024));
-        const float sourceRow = 20.0F + static_cast<float>(i);
-        const float sourceCol = 30.0F - static_cast<float>(i);
-        for (int row = 0; row < mapRows; ++row) {
-            for (int col = 0; col < mapCols; ++col) {
-                const float down = static_cast<float>(row) - sourceRow;
-                const float right = static_cast<float>(col) - sourceCol;
-                frame->ResEngMap->data[row][col] =
-                    noise(random) + std::exp(-(down * down + right * right) / 60.0F);
-            }
-        }
-        frame->peaks.push_back({1.06F, static_cast<int>(sourceRow), static_cast<int>(sourceCol)});
-        frames.push_back(std::move(frame));
-    }
-    return frames;
-}
-
-// init() creates a log folder in the working directory.
-void initInOwnFolder(KOVOFFLineDoaObject& imager, int width, int height)
-{
-    const QString former = QDir::currentPath();
-    const QTemporaryDir folder;
-    QDir::setCurrent(folder.path());
-    imager.init(mapRows, mapCols, width, height);
-    QDir::setCurrent(former);
-    qInstallMessageHandler(nullptr);
-}
 
 // What a host would write with OpenCV: extremes, median by selection, two bilinear enlargements, conversion
 // to bytes, colour look-up.
@@ -145,6 +97,12 @@ private:
     std::vector<float> m_sorted;
 };
 
+// The least that any renderer does: it stores the picture.
+void storePicture(benchmark::State& state)
+{
+    bench::copyBytes(state, static_cast<std::size_t>(state.range(0) * state.range(1) * 3));
+}
+
 void setCounters(benchmark::State& state, int width, int height)
 {
     state.counters["frames/s"] =
@@ -159,14 +117,14 @@ void render(benchmark::State& state, bool region)
     const int width = static_cast<int>(state.range(0));
     const int height = static_cast<int>(state.range(1));
     KOVOFFLineDoaObject imager;
-    initInOwnFolder(imager, width, height);
+    bench::initInOwnFolder(imager, width, height);
     imager.setDynamic(dynamicDb);
     if (region) {
         imager.setRadius(static_cast<float>(height / 3), width, height);
         imager.setIsImagerOutSideRadiusShow(true);
     }
-    const std::vector<Frame> frames = makeFrames();
-    const std::unique_ptr<mat1d_uint8, DestroyImage> image(create_mat1d_uint8(height, width * 3));
+    const std::vector<bench::Frame> frames = bench::makeFrames();
+    const bench::Picture image(create_mat1d_uint8(height, width * 3));
     std::size_t next = 0;
     for (auto _ : state) {
         imager.updateImagerRGB(frames[next++ % frameCount].get(), image.get());
@@ -182,7 +140,7 @@ void renderPeer(benchmark::State& state, bool region)
     const int width = static_cast<int>(state.range(0));
     const int height = static_cast<int>(state.range(1));
     OpenCvRenderer renderer(width, height);
-    const std::vector<Frame> frames = makeFrames();
+    const std::vector<bench::Frame> frames = bench::makeFrames();
     cv::Mat image;
     std::size_t next = 0;
     for (auto _ : state) {
@@ -246,7 +204,9 @@ void pictureSizes(benchmark::internal::Benchmark* benchmark)
 
 BENCHMARK_CAPTURE(render, full, false)->Name("Imaging/Render")->Apply(pictureSizes);
 BENCHMARK_CAPTURE(renderPeer, full, false)->Name("Imaging/Render/peer")->Apply(pictureSizes);
+BENCHMARK(storePicture)->Name("Imaging/Render/bound")->Apply(pictureSizes);
 BENCHMARK_CAPTURE(render, region, true)->Name("Imaging/RenderInsideAndOutside")->Apply(pictureSizes);
 BENCHMARK_CAPTURE(renderPeer, region, true)->Name("Imaging/RenderInsideAndOutside/peer")->Apply(pictureSizes);
+BENCHMARK(storePicture)->Name("Imaging/RenderInsideAndOutside/bound")->Apply(pictureSizes);
 BENCHMARK(regress)->Name("Imaging/Regression/4cursors/48x64");
 BENCHMARK(regressPeer)->Name("Imaging/Regression/4cursors/48x64/peer");

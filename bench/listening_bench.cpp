@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "bench/plainfilter.h"
+#include "bench/realtime.h"
 
 using bench::PlainFilter;
 
@@ -126,11 +127,6 @@ private:
     int m_phase = 0;
 };
 
-void countSamples(benchmark::State& state)
-{
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-
 void readAllOurs(benchmark::State& state)
 {
     const auto block = static_cast<int>(state.range(0));
@@ -144,7 +140,7 @@ void readAllOurs(benchmark::State& state)
         benchmark::DoNotOptimize(monitor.readAll(count));
         benchmark::ClobberMemory();
     }
-    countSamples(state);
+    bench::countRealTime(state, block);
 }
 
 void readAllPeer(benchmark::State& state)
@@ -158,7 +154,7 @@ void readAllPeer(benchmark::State& state)
         benchmark::DoNotOptimize(monitor.read(count));
         benchmark::ClobberMemory();
     }
-    countSamples(state);
+    bench::countRealTime(state, block);
 }
 
 }  // namespace

@@ -19,10 +19,13 @@
 #include <KOVDoaHandle/diagnostics/kovprpdprocess.h>
 #include <KOVDoaHandle/foundation/engine/kovfilter.h>
 
+#include "bench/realtime.h"
+
+using bench::countRealTime;
+
 namespace {
 
 constexpr int blockSamples = 1024;
-constexpr double sampleRateHz = 96000.0;
 constexpr int span = 60544;
 constexpr int measured = 4864;
 constexpr int frameSize = 2400;
@@ -89,12 +92,6 @@ private:
     std::vector<float> m_samples;
     std::size_t m_at = 0;
 };
-
-void countRealTime(benchmark::State& state, double samples)
-{
-    state.counters["real_time_factor"] = benchmark::Counter(
-        samples * static_cast<double>(state.iterations()) / sampleRateHz, benchmark::Counter::kIsRate);
-}
 
 void feedOurs(benchmark::State& state)
 {
@@ -176,6 +173,25 @@ void pollPeer(benchmark::State& state)
     fftwf_free(out);
 }
 
+// The transform of a poll alone, planned beforehand.
+void transformAlone(benchmark::State& state)
+{
+    fftwf_complex* const in = fftwf_alloc_complex(frameSize);
+    fftwf_complex* const out = fftwf_alloc_complex(frameSize);
+    const fftwf_plan plan = fftwf_plan_dft_1d(frameSize, in, out, FFTW_FORWARD, FFTW_ESTIMATE);
+    for (int i = 0; i < frameSize; ++i) {
+        in[i][0] = static_cast<float>(i % 7);
+        in[i][1] = 0.0F;
+    }
+    for ([[maybe_unused]] auto iteration : state) {
+        fftwf_execute(plan);
+        benchmark::ClobberMemory();
+    }
+    fftwf_destroy_plan(plan);
+    fftwf_free(in);
+    fftwf_free(out);
+}
+
 // A host that polls twenty times a second.
 void wholeMode(benchmark::State& state)
 {
@@ -198,6 +214,7 @@ BENCHMARK(feedOurs)->Name("Prpd/FeedAudio/1024");
 BENCHMARK(feedPeer)->Name("Prpd/FeedAudio/1024/peer");
 BENCHMARK_CAPTURE(poll, classified, 2)->Name("Prpd/UpdatePdd/50Hz");
 BENCHMARK(pollPeer)->Name("Prpd/UpdatePdd/50Hz/peer");
+BENCHMARK(transformAlone)->Name("Prpd/UpdatePdd/50Hz/bound");
 BENCHMARK_CAPTURE(poll, corona, 1)->Name("Prpd/UpdatePdd/50HzCorona");
 BENCHMARK_CAPTURE(poll, noise, 0)->Name("Prpd/UpdatePdd/50HzNoise");
 BENCHMARK(wholeMode)->Name("Prpd/FeedAndPoll");

@@ -9,6 +9,8 @@
 
 #include <KOVDoaHandle/diagnostics/kovplusedetection.h>
 
+#include "bench/realtime.h"
+
 namespace {
 
 constexpr int samples = 32767;
@@ -102,8 +104,7 @@ void wholeMode(benchmark::State& state)
         fill(detector, list[next++ % list.size()]);
         benchmark::DoNotOptimize(detector.GetPulse(&out, count));
     }
-    state.counters["real_time_factor"] = benchmark::Counter(
-        samples * static_cast<double>(state.iterations()) / 96000.0, benchmark::Counter::kIsRate);
+    bench::countRealTime(state, samples);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/copying.h"
 #include "bench/plainfilter.h"
 
 using bench::noise;
@@ -76,11 +77,19 @@ void fastPeer(benchmark::State& state, int outRate, std::size_t count)
     }
 }
 
+void storeBlock(benchmark::State& state, int outRate, std::size_t count)
+{
+    bench::copyBytes(state, Block(outRate, count).out.size() * sizeof(float));
+}
+
 }  // namespace
 
 BENCHMARK_CAPTURE(fastOurs, to48, 48000, 1024)->Name("Resampler/Fast96To48/1024");
 BENCHMARK_CAPTURE(fastPeer, to48, 48000, 1024)->Name("Resampler/Fast96To48/1024/peer");
+BENCHMARK_CAPTURE(storeBlock, to48, 48000, 1024)->Name("Resampler/Fast96To48/1024/bound");
 BENCHMARK_CAPTURE(fastOurs, to48, 48000, 409600)->Name("Resampler/Fast96To48/409600");
 BENCHMARK_CAPTURE(fastPeer, to48, 48000, 409600)->Name("Resampler/Fast96To48/409600/peer");
+BENCHMARK_CAPTURE(storeBlock, to48, 48000, 409600)->Name("Resampler/Fast96To48/409600/bound");
 BENCHMARK_CAPTURE(fastOurs, to44, 44100, 409600)->Name("Resampler/Fast96To44/409600");
 BENCHMARK_CAPTURE(fastPeer, to44, 44100, 409600)->Name("Resampler/Fast96To44/409600/peer");
+BENCHMARK_CAPTURE(storeBlock, to44, 44100, 409600)->Name("Resampler/Fast96To44/409600/bound");

@@ -7,89 +7,49 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QFile>
-#include <QtCore/QTemporaryDir>
 
 #include <chrono>
-#include <cmath>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <thread>
 
-#include <KOVDoaHandle/api/results.h>
-#include <KOVDoaHandle/imaging/engmapresult.h>
 #include <KOVDoaHandle/result/kovdoaresultserialize.h>
+
+#include "bench/copying.h"
+#include "bench/resultrecording.h"
 
 namespace {
 
-constexpr int rows = 64;
-constexpr int cols = 48;
-constexpr int fftLen = 1024;
+using bench::FrameSize;
+using bench::makeResult;
+using bench::ResultRecording;
+
+constexpr FrameSize size{64, 48, 1024};
 constexpr int loadedFrames = 2000;
 
-void discardMessage(QtMsgType, const QMessageLogContext&, const QString&) {}
-
-struct ResultDeleter
+// The bound of both: the bytes of map and spectrum, copied once.
+void copyBlocks(benchmark::State& state, int frames)
 {
-    void operator()(EngMapResult* result) const { releaseResultHandle(result); }
-};
-using Result = std::unique_ptr<EngMapResult, ResultDeleter>;
-
-Result makeResult()
-{
-    Result result(createResultHandle(rows, cols, 480, 640, fftLen));
-    for (int r = 0; r < rows; ++r) {
-        for (int c = 0; c < cols; ++c) {
-            result->ResEngMap->data[r][c] = 0.01F + static_cast<float>(std::hypot(r - 20, c - 30));
-        }
-    }
-    for (int i = 0; i < result->PowerSpec->len; ++i) {
-        result->PowerSpec->data[i] = 1e-6F / (1.0F + static_cast<float>(i));
-    }
-    result->PowerBandsFFTSpec = 71.2345F;
-    result->maxSpl = {0.123456F, 20, 30};
-    result->minSplExtern = {0.000123F, 1, 2};
-    result->median = 0.0456789F;
-    result->distance = 5.5F;
-    result->peaks = {{0.123456F, 20, 30, 1, 17, true}, {0.0912345F, 40, 11, 2, 3, false}};
-    return result;
+    bench::copyBytes(state, static_cast<std::size_t>(frames) * size.blockBytes());
 }
-
-// A temporary folder with a recording in it.
-class Recording
-{
-public:
-    explicit Recording(int frames)
-    {
-        qInstallMessageHandler(discardMessage);
-        KOVDoaResultSerialize writer(folder.filePath("writer-cache"));
-        writer.startSave(file(), rows, cols, 480, 640, fftLen);
-        const Result result = makeResult();
-        for (int i = 0; i < frames; ++i) {
-            writer.Save(result.get());
-        }
-    }
-
-    QString file() const { return folder.filePath("bench.kov"); }
-    QString cache() const { return folder.filePath("cache"); }
-
-    QTemporaryDir folder;
-};
+BENCHMARK_CAPTURE(copyBlocks, save, 1)->Name("Result/Save/64x48/bound");
+BENCHMARK_CAPTURE(copyBlocks, load, loadedFrames)->Name("Result/Load/2000x64x48/bound");
 
 // The file is cut back now and then, outside the measured time, so that it does not fill the disk.
 constexpr int framesPerFile = 512;
 
 void save(benchmark::State& state)
 {
-    const Recording recording(0);
+    const ResultRecording recording(size, 0);
     KOVDoaResultSerialize writer(recording.cache());
-    const Result result = makeResult();
+    const bench::Result result = makeResult(size);
     int frames = framesPerFile;
     for (auto _ : state) {
         if (frames++ == framesPerFile) {
             state.PauseTiming();
-            writer.startSave(recording.file(), rows, cols, 480, 640, fftLen);
+            recording.start(writer);
             frames = 0;
             state.ResumeTiming();
         }
@@ -101,7 +61,7 @@ BENCHMARK(save)->Name("Result/Save/64x48")->UseRealTime();
 
 void savePeer(benchmark::State& state)
 {
-    const Recording recording(1);
+    const ResultRecording recording(size, 1);
     const QString path = recording.file();
     QFile file(path);
     file.open(QIODevice::ReadOnly);
@@ -128,7 +88,7 @@ BENCHMARK(savePeer)->Name("Result/Save/64x48/peer")->UseRealTime();
 // Measures from the start of the load until it is complete; freeing the frames is left out on both sides.
 void load(benchmark::State& state)
 {
-    const Recording recording(loadedFrames);
+    const ResultRecording recording(size, loadedFrames);
     for (auto _ : state) {
         const auto start = std::chrono::steady_clock::now();
         KOVDoaResultSerialize reader(recording.cache());
@@ -149,10 +109,8 @@ BENCHMARK(load)->Name("Result/Load/2000x64x48")->UseManualTime()->Unit(benchmark
 
 void loadPeer(benchmark::State& state)
 {
-    const Recording recording(loadedFrames);
-    constexpr std::size_t mapBytes = std::size_t{rows} * cols * sizeof(float);
-    constexpr std::size_t spectrumBytes = (fftLen / 2 + 1) * sizeof(float);
-    constexpr std::size_t bytes = loadedFrames * (mapBytes + spectrumBytes);
+    const ResultRecording recording(size, loadedFrames);
+    constexpr std::size_t bytes = loadedFrames * size.blockBytes();
     for (auto _ : state) {
         const auto start = std::chrono::steady_clock::now();
         QFile file(recording.file());

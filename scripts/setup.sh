@@ -37,4 +37,6 @@ install_missing() {
 build_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libopencv-dev libfftw3-dev libsndfile1-dev libcli11-dev
     nlohmann-json3-dev libsvm-dev)
 # ... and what the tests need on top.
-test_packages=(libgtest-dev libbenchmark-dev libsamplerate0-dev clang-format g++-mingw-w64-x86-64-posix binutils python3 git)
+test_packages=(libgtest-dev libbenchmark-dev libsamplerate0-dev clang-format googletest g++-mingw-w64-x86-64-posix wine64 abigail-tools binutils python3 git)
+# ... and the picture of the benchmarks.
+bench_packages=(gnuplot-nox)
