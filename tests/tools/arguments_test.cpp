@@ -36,7 +36,11 @@ TEST_P(Help, GoesToStdoutWithAnExampleAndStatusZero)
 INSTANTIATE_TEST_SUITE_P(EveryLevel, Help,
                          testing::Values(Arguments{}, Arguments{"simulate"}, Arguments{"simulate", "scene"},
                                          Arguments{"info"}, Arguments{"render"}, Arguments{"listen"},
-                                         Arguments{"resample"}, Arguments{"mix"}, Arguments{"miccheck"}));
+                                         Arguments{"resample"}, Arguments{"mix"}, Arguments{"miccheck"},
+                                         Arguments{"simulate", "pd"}, Arguments{"simulate", "gastable"},
+                                         Arguments{"prpd"}, Arguments{"prpd", "train"}, Arguments{"gasleak"},
+                                         Arguments{"pulses"}, Arguments{"calibrate"}, Arguments{"track"},
+                                         Arguments{"simulate", "array"}, Arguments{"beamform"}));
 
 struct WrongUse
 {

@@ -125,7 +125,7 @@ void addPrpdCommand(CLI::App& parent, Action& chosen)
     addOptions(*command, *options);
     addPrpdTrainCommand(*command, chosen);
     command->footer(
-        "Examples:\n"
+        "Example:\n"
         "  kovdoa prpd switchgear.wav --mains 50 --plot switchgear.png\n"
         "  kovdoa prpd train --surface s1.wav s2.wav --suspension f1.wav f2.wav -o models\n"
         "  kovdoa prpd switchgear.wav --models models");

@@ -1,4 +1,4 @@
-// kovdoa simulate: recordings of made-up scenes.
+// kovdoa simulate: made-up input for the other commands.
 #include <CLI/CLI.hpp>
 
 #include "tools/cli/simulatecommands.h"
@@ -7,13 +7,15 @@ namespace kovtools {
 
 void addSimulateCommand(CLI::App& parent, Action& chosen)
 {
-    CLI::App* const family = parent.add_subcommand("simulate", "Make recordings of simulated scenes");
+    CLI::App* const family = parent.add_subcommand(
+        "simulate", "Make recordings, sounds and tables to try the other commands with");
     family->require_subcommand(1);
     family->footer(
         "Example:\n"
         "  kovdoa simulate scene leak.kov --sources 2 --seed 7\n"
         "  kovdoa simulate array leak --swap 3:77\n"
-        "  kovdoa simulate pd corona.wav --type corona");
+        "  kovdoa simulate pd corona.wav --type corona\n"
+        "  kovdoa simulate gastable table.txt --farthest 20");
     addSimulateSceneCommand(*family, chosen);
     addSimulateArrayCommand(*family, chosen);
     addSimulatePdCommand(*family, chosen);
