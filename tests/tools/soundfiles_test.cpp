@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <limits>
 #include <ostream>
 
 #include "tests/tools/program.h"
@@ -47,6 +48,19 @@ INSTANTIATE_TEST_SUITE_P(Each, SoundCommands,
                          testing::Values(Arguments{"listen"}, Arguments{"resample", "--rate", "48000"},
                                          Arguments{"mix"}),
                          [](const testing::TestParamInfo<Arguments>& each) { return each.param.front(); });
+
+TEST(SoundFiles, AreSpokenOfInTheSingularWhereThereIsOneSample)
+{
+    const Sandbox sandbox;
+    writeFile(sandbox / "in.wav", floatWav({std::numeric_limits<float>::quiet_NaN()}, 1, 96000));
+
+    const Outcome outcome = sandbox.run({"resample", "in.wav", "-o", "out.wav", "--rate", "96000"});
+
+    EXPECT_NE(outcome.out.find("out.wav: 1 sample at "), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.err.find("holds 1 sample that is no usable number; it was taken as silence"),
+              std::string::npos)
+        << outcome.err;
+}
 
 TEST_P(SoundCommands, SayThatAFileIsMissing)
 {

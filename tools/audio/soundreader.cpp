@@ -120,16 +120,17 @@ void SoundReader::read(int count, std::vector<float>& block)
 std::string SoundReader::complaint() const
 {
     if (m_missingBytes > 0) {
-        return inQuotes(m_path) + " ends " + std::to_string(m_missingBytes) +
-               " bytes before its samples do; the " + std::to_string(m_read) + " that are there were used";
+        return inQuotes(m_path) + " ends " + counted(m_missingBytes, "byte") +
+               " before its samples do; the " + std::to_string(m_read) + " that are there were used";
     }
     if (m_endsEarly) {
         return inQuotes(m_path) + " is damaged behind sample " + std::to_string(m_read) + " of " +
                std::to_string(samples()) + "; what comes before that was used";
     }
     if (m_unusable > 0) {
-        return inQuotes(m_path) + " holds " + std::to_string(m_unusable) +
-               " samples that are no usable numbers; they were taken as silence";
+        return inQuotes(m_path) + " holds " + counted(m_unusable, "sample") +
+               (m_unusable == 1 ? " that is no usable number; it was taken as silence"
+                                : " that are no usable numbers; they were taken as silence");
     }
     return {};
 }

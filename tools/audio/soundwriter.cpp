@@ -9,6 +9,7 @@
 
 #include "tools/support/errors.h"
 #include "tools/support/inquotes.h"
+#include "tools/support/wording.h"
 
 namespace kovtools {
 
@@ -116,9 +117,9 @@ void SoundWriter::finish()
 std::string SoundWriter::summary() const
 {
     std::ostringstream text;
-    text << ": " << m_written << " samples";
+    text << ": " << counted(m_written, "sample");
     if (m_shape.channels > 1) {
-        text << " of " << m_shape.channels << " channels";
+        text << " of " << counted(m_shape.channels, "channel");
     }
     text << " at " << m_shape.sampleRate << " Hz, " << static_cast<double>(m_written) / m_shape.sampleRate
          << " s, " << formatName(m_shape.format);

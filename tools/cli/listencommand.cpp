@@ -140,7 +140,8 @@ ExitStatus listen(const ListenOptions& options, const CommonOptions& common)
     std::cout << printable(options.output.string()) << writer.summary() << "; base frequency "
               << monitor.baseFrequency() << " Hz";
     if (monitor.clipped() > 0) {
-        std::cout << ", " << monitor.clipped() << " samples clipped (a lower --volume avoids that)";
+        std::cout << ", " << counted(monitor.clipped(), "sample")
+                  << " clipped (a lower --volume avoids that)";
     }
     std::cout << '\n';
     std::cout.flush();

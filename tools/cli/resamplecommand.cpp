@@ -85,8 +85,8 @@ ExitStatus resample(const ResampleOptions& options, const CommonOptions& common)
 
     std::cout << printable(options.output.string()) << writer.summary();
     if (writer.clipped() > 0) {
-        std::cout << "; " << writer.clipped()
-                  << " samples clipped (a lower --gain or --format float avoids that)";
+        std::cout << "; " << counted(writer.clipped(), "sample")
+                  << " clipped (a lower --gain or --format float avoids that)";
     }
     std::cout << '\n';
     std::cout.flush();

@@ -46,7 +46,7 @@ std::string printable(std::string_view text)
     return result;
 }
 
-std::string counted(int number, std::string_view noun)
+std::string counted(long long number, std::string_view noun)
 {
     return std::to_string(number) + " " + std::string(noun) + (number == 1 ? "" : "s");
 }

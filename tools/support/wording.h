@@ -12,7 +12,7 @@ namespace kovtools {
 std::string printable(std::string_view text);
 
 // "1 frame", "2 frames".
-std::string counted(int number, std::string_view noun);
+std::string counted(long long number, std::string_view noun);
 
 }  // namespace kovtools
 
