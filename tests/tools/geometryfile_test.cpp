@@ -26,6 +26,19 @@ TEST(GeometryFile, HoldsOnePositionALineAndComments)
     EXPECT_EQ(array[2].z, -3.0);
 }
 
+TEST(GeometryFile, MayBeginWithAByteOrderMark)
+{
+    const Sandbox sandbox;
+    writeFile(sandbox / "g.txt",
+              "\xEF\xBB\xBF"
+              "1 2 3\n");
+
+    const std::vector<Microphone> array = readGeometry(sandbox / "g.txt");
+
+    ASSERT_EQ(array.size(), 1U);
+    EXPECT_EQ(array[0].x, 1.0);
+}
+
 TEST(GeometryFile, NamesTheLineThatIsWrong)
 {
     const Sandbox sandbox;

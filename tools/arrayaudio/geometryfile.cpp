@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "tools/csv/csvlines.h"
 #include "tools/support/errors.h"
 #include "tools/support/inquotes.h"
 #include "tools/support/partialfile.h"
@@ -61,7 +62,7 @@ std::vector<Microphone> readGeometry(const std::filesystem::path& file)
 {
     const std::string text = readWholeFile(file);
     std::vector<Microphone> array;
-    std::string_view rest = text;
+    std::string_view rest = withoutByteOrderMark(text);
     for (int number = 1; !rest.empty(); ++number) {
         std::string_view line = rest.substr(0, rest.find('\n'));
         rest.remove_prefix(std::min(line.size() + 1, rest.size()));

@@ -21,7 +21,6 @@ namespace kovtools {
 namespace {
 
 constexpr std::size_t bufferBytes = 65536;
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 constexpr std::size_t mostNamedLines = 12;
 
 std::string_view trimmed(std::string_view text)
@@ -104,13 +103,19 @@ bool LineReader::next(std::string& line)
     if (!isAny) {
         return false;
     }
-    if (++m_number == 1 && line.starts_with(byteOrderMark)) {
-        line.erase(0, byteOrderMark.size());
+    if (++m_number == 1) {
+        line.erase(0, line.size() - withoutByteOrderMark(line).size());
     }
     if (line.ends_with('\r')) {
         line.pop_back();
     }
     return true;
+}
+
+std::string_view withoutByteOrderMark(std::string_view text)
+{
+    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    return text.starts_with(mark) ? text.substr(mark.size()) : text;
 }
 
 std::vector<std::string> commaFields(std::string_view line)

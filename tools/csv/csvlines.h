@@ -48,6 +48,9 @@ private:
     int m_number = 0;
 };
 
+// What some editors and spreadsheets put before UTF-8 text is no part of its first line.
+std::string_view withoutByteOrderMark(std::string_view text);
+
 // The fields between commas, without the blanks around them.
 std::vector<std::string> commaFields(std::string_view line);
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <string_view>
 
+#include "tools/csv/csvlines.h"
 #include "tools/support/errors.h"
 #include "tools/support/inquotes.h"
 #include "tools/support/partialfile.h"
@@ -13,7 +14,6 @@ namespace kovtools {
 
 namespace {
 
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 constexpr const char* skippedLine = "-";  // one field only
 constexpr int fieldsOfLine = 3;
 
@@ -64,10 +64,7 @@ void takeLine(std::string_view line, int number, LeakTableFile& table)
 LeakTableFile readLeakTableFile(const std::filesystem::path& file)
 {
     const std::string bytes = readWholeFile(file);
-    std::string_view rest = bytes;
-    if (rest.starts_with(byteOrderMark)) {
-        rest.remove_prefix(byteOrderMark.size());
-    }
+    std::string_view rest = withoutByteOrderMark(bytes);
     LeakTableFile table;
     table.usable.reserve(rest.size());
     for (int number = 1; !rest.empty(); ++number) {
