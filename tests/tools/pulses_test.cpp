@@ -137,6 +137,32 @@ TEST(Pulses, CutsTheStrongestBurstOfEachBufferOutOfAllChannels)
     EXPECT_NEAR(cut.values[2 * 700 + 1], 0.3, 1e-6);
 }
 
+TEST(Pulses, TellWhatStandsOutFromHissByTheLevelOfEachBuffer)
+{
+    const Sandbox sandbox;
+    Samples sound = kovtools::tests::noise(50000, 0.01, 5);
+    addBurst(sound, 40000, 0.5F);  // in the second buffer; the first one's "burst" is hiss
+    writeSound(sandbox, {sound});
+
+    const Outcome outcome = sandbox.run({"pulses", "in.wav", "--json"});
+
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const json buffers = json::parse(outcome.out)["buffers"];
+    ASSERT_EQ(buffers.size(), 2U);
+    const auto rms = [&sound](std::size_t begin, std::size_t end) {
+        double squares = 0.0;
+        for (std::size_t i = begin; i < end; ++i) {
+            squares += std::pow(static_cast<double>(sound[i]), 2.0);
+        }
+        return 10.0 * std::log10(squares / static_cast<double>(end - begin));
+    };
+    EXPECT_NEAR(buffers[0]["level_dbfs"], rms(0, capacity), 1e-4);
+    EXPECT_NEAR(buffers[1]["level_dbfs"], rms(capacity, sound.size()), 1e-4);
+    EXPECT_EQ(buffers[0]["pulses"], 1);
+    EXPECT_LT(buffers[0]["peak_dbfs"].get<double>() - buffers[0]["level_dbfs"].get<double>(), 15.0);
+    EXPECT_GT(buffers[1]["peak_dbfs"].get<double>() - buffers[1]["level_dbfs"].get<double>(), 25.0);
+}
+
 TEST(Pulses, FindNothingInSilence)
 {
     const Sandbox sandbox;

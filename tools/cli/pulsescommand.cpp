@@ -109,7 +109,11 @@ nlohmann::ordered_json answerJson(const FoundPulses& found, const SoundReader& r
         nlohmann::ordered_json entry{{"time_s", static_cast<double>(buffer.first) / reader.sampleRate()},
                                      {"samples", buffer.samples},
                                      {"pulses", buffer.count},
+                                     {"level_dbfs", nullptr},
                                      {"peak_dbfs", nullptr}};
+        if (buffer.level > 0.0F) {
+            entry["level_dbfs"] = decibels(buffer.level);
+        }
         if (buffer.peak > 0.0F) {
             entry["peak_dbfs"] = decibels(buffer.peak);
         }
@@ -118,20 +122,23 @@ nlohmann::ordered_json answerJson(const FoundPulses& found, const SoundReader& r
     return json;
 }
 
+// Empty for silence.
+std::string levelColumn(float level, int width)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%*.1f", width, decibels(level));
+    return level > 0.0F ? std::string(text) : std::string();
+}
+
 void printTable(const FoundPulses& found, const SoundReader& reader)
 {
-    std::cout << "   from s      to s   pulses   strongest dBFS\n";
+    std::cout << "   from s      to s   pulses    RMS dBFS   strongest dBFS\n";
     for (const PulseBuffer& buffer : found.buffers) {
         const double from = static_cast<double>(buffer.first) / reader.sampleRate();
         const double to = static_cast<double>(buffer.first + buffer.samples) / reader.sampleRate();
         char line[96];
         std::snprintf(line, sizeof line, "%9.4f %9.4f %8d", from, to, buffer.count);
-        std::cout << line;
-        if (buffer.peak > 0.0F) {
-            std::snprintf(line, sizeof line, "%17.1f", decibels(buffer.peak));
-            std::cout << line;
-        }
-        std::cout << '\n';
+        std::cout << line << levelColumn(buffer.level, 12) << levelColumn(buffer.peak, 17) << '\n';
     }
     std::cout << found.count << (found.count == 1 ? " pulse in " : " pulses in ")
               << counted(static_cast<int>(found.buffers.size()), "buffer") << '\n';

@@ -61,6 +61,9 @@ void PulseFinder::feed(const std::vector<float>& block)
             m_block[ch][i] = block[i * channels + ch];
         }
     }
+    for (const float sample : m_block[static_cast<std::size_t>(m_options.channel)]) {
+        m_squares += static_cast<double>(sample) * static_cast<double>(sample);
+    }
     const auto count = static_cast<int>(samples);
     m_detector.FeedSignal(rowsOf(m_block).data(), count, m_options.channel);
     m_fed += count;
@@ -80,7 +83,8 @@ void PulseFinder::finish()
 
 void PulseFinder::search()
 {
-    PulseBuffer buffer{m_fed - m_buffered, m_buffered, 0, 0.0F};
+    PulseBuffer buffer{m_fed - m_buffered, m_buffered, 0, 0.0F,
+                       static_cast<float>(std::sqrt(m_squares / m_new))};
     std::vector<float> segment;
     if (m_detector.GetPulse(rowsOf(m_segment).data(), buffer.count)) {
         buffer.peak = largestMagnitude(m_segment[static_cast<std::size_t>(m_options.channel)]);
@@ -90,6 +94,7 @@ void PulseFinder::search()
     // The detector keeps a segment's worth, and nothing of a buffer that is no longer than that.
     m_buffered = m_buffered > m_options.segment ? m_options.segment : 0;
     m_new = 0;
+    m_squares = 0.0;
 }
 
 }  // namespace kovtools

@@ -25,6 +25,7 @@ struct PulseBuffer
     int count = 0;        // bursts
     float peak =
         0.0F;  // largest magnitude of the searched channel in the cut segment, full scale 1; 0 without one
+    float level = 0.0F;  // root mean square of the samples that are searched for the first time, full scale 1
 };
 
 class PulseFinder
@@ -60,6 +61,7 @@ private:
     long long m_fed = 0;                        // samples of each channel
     int m_buffered = 0;                         // in the detector
     int m_new = 0;                              // of these, not searched yet
+    double m_squares = 0.0;                     // of the searched channel's new samples, added up
 };
 
 }  // namespace kovtools
