@@ -4,6 +4,7 @@
 #include <KOVDoaHandle/api/gasleak.h>
 #include <KOVDoaHandle/diagnostics/kovgasleakprocess.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <nlohmann/json.hpp>
@@ -208,6 +209,39 @@ TEST(GasLeak, NamesTheLinesThatDoNotParseAndAnswersTheRest)
     EXPECT_EQ(piped.out, file.out);
 }
 
+TEST(GasLeak, PassesOverAFirstLineThatNamesTheColumns)
+{
+    const Sandbox sandbox;
+    writeFile(sandbox / "table.txt", "60 1.5 0.5\n");
+    for (const char* const names : {"distance,level", "distance_m,level_db",
+                                    "\xEF\xBB\xBF"
+                                    "Distance (m), Level (dB)\r"}) {
+        writeFile(sandbox / "m.csv", std::string(names) + "\n1.5,40\n");
+
+        const Outcome outcome = sandbox.run({"gasleak", "--table", "table.txt", "m.csv"});
+
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        EXPECT_NE(outcome.out.find("\n2,1.5,40,"), std::string::npos) << outcome.out;
+    }
+}
+
+TEST(GasLeak, HasNoLeakValueWhereTheRateHasNoLogarithm)
+{
+    const Sandbox sandbox;
+    const std::string level = levelFor(60.0, 1.5);
+    writeFile(sandbox / "m.csv", "1.5," + level + "\n");
+    for (const std::string rate : {"0", "-2"}) {
+        writeFile(sandbox / "table.txt", "60 1.5 " + rate + "\n");
+
+        const Outcome csv = sandbox.run({"gasleak", "--table", "table.txt", "m.csv"});
+        const Outcome one =
+            sandbox.run({"gasleak", "--table", "table.txt", "--distance", "1.5", "--level", level});
+
+        EXPECT_TRUE(csv.out.ends_with(",exact," + rate + ",\n")) << csv.out;
+        EXPECT_NE(one.out.find("leak rate " + rate + ", no leak value\n"), std::string::npos) << one.out;
+    }
+}
+
 TEST(GasLeak, LeavesGarbageOutOfTheTableAndNamesIt)
 {
     // With the library alone the third line would be a rate of 0.
@@ -265,6 +299,54 @@ TEST(GasLeak, PlotsTheTablesRatesWithTheMeasurement)
     EXPECT_EQ(colourAt(75.0), cv::Vec3b(0, 159, 230));
     EXPECT_EQ(colourAt(65.0), cv::Vec3b(233, 180, 86));
     EXPECT_EQ(picture.at<cv::Vec3b>(5, kovtools::leakPlotWidth - 5), cv::Vec3b(24, 24, 24));
+}
+
+TEST(GasLeak, PlotsEntriesThatStandAloneAsDotsThatAreSeen)
+{
+    const Sandbox sandbox;
+    writeFile(sandbox / "table.txt", "60 1 0.2\n70 1 2\n80 1 20\n");
+
+    const Outcome outcome =
+        sandbox.run({"gasleak", "--table", "table.txt", "--distance", "1", "--plot", "plot.png"});
+
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const cv::Mat picture = cv::imread((sandbox / "plot.png").string());
+    const auto point = [](double powerLevel, float rate) {
+        kovtools::LeakPoint result{static_cast<float>(powerLevel + 0.05 - spreading(1.0)), {}};
+        result.answer.entry = kovtools::LeakEntry::Exact;
+        result.answer.rate = rate;
+        return result;
+    };
+    const cv::Point2d place =
+        kovtools::placeInLeakPlot({point(60.0, 0.2F), point(80.0, 20.0F)}, point(70.0, 2.0F));
+    for (const int offset : {-4, 0, 4}) {
+        EXPECT_EQ(picture.at<cv::Vec3b>(cvRound(place.y), cvRound(place.x) + offset), cv::Vec3b(0, 159, 230));
+    }
+}
+
+TEST(GasLeak, PlotsASingleEntryInTheMiddle)
+{
+    const Sandbox sandbox;
+    writeFile(sandbox / "table.txt", "60 1 0.2\n");
+
+    const Outcome outcome =
+        sandbox.run({"gasleak", "--table", "table.txt", "--distance", "1", "--plot", "plot.png"});
+
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const cv::Mat picture = cv::imread((sandbox / "plot.png").string());
+    int right = 0;
+    int left = picture.cols;
+    for (int row = 0; row < picture.rows; ++row) {
+        for (int col = 0; col < picture.cols; ++col) {
+            if (picture.at<cv::Vec3b>(row, col) == cv::Vec3b(0, 159, 230)) {
+                left = std::min(left, col);
+                right = std::max(right, col);
+            }
+        }
+    }
+    EXPECT_GE(right - left, 8);
+    EXPECT_GT(left, kovtools::leakPlotWidth / 3);
+    EXPECT_LT(right, 2 * kovtools::leakPlotWidth / 3);
 }
 
 struct WrongUse

@@ -26,7 +26,7 @@ struct LeakAnswer
     LeakEntry entry = LeakEntry::None;
     float powerLevel = 0.0F;  // sound power level of the source, dB; what the table is entered with
     float rate = 0.0F;        // leak-rate quantity in the unit of the table; 0 without an entry
-    float leak = 0.0F;        // log10 of it, less 1; minus infinity for a rate of 0
+    float leak = 0.0F;        // log10 of it, less 1; no finite number for a rate that is not above 0
 };
 
 class LeakMeter

@@ -22,6 +22,8 @@ constexpr double mostSteps = 4000.0;
 constexpr float joined = 1.25F;  // dB; the line bridges gaps of a table in whole decibels, not larger ones
 constexpr int wantedTicks = 10;
 constexpr int mostDecadeTicks = 10;
+constexpr int aloneRadius = 6;  // pixels, of an entry that no line joins to another
+constexpr double margin = 0.5;  // dB, beside a curve that is hardly wider than a point
 constexpr int fractionBits = 4;
 
 bool isDrawable(const LeakPoint& point)
@@ -68,8 +70,12 @@ Axes axesFor(const std::vector<LeakPoint>& curve)
     if (lowest > highest) {
         throw DataError("there is nothing to plot: the table has no leak rate above 0 for this distance");
     }
-    const double left = curve.front().level;
-    const double right = std::max(static_cast<double>(curve.back().level), left + 1.0);
+    double left = curve.front().level;
+    double right = curve.back().level;
+    if (right - left < 2.0 * margin) {
+        left -= margin;
+        right += margin;
+    }
     return {plotArea, Axis{left, right, roundTicks(left, right, wantedTicks), "sound pressure level (dB)"},
             rateAxis(lowest, highest)};
 }
@@ -88,32 +94,44 @@ cv::Point fine(cv::Point2d place)
     return {cvRound(place.x * (1 << fractionBits)), cvRound(place.y * (1 << fractionBits))};
 }
 
+cv::Point2d placeOf(const Axes& axes, const LeakPoint& point)
+{
+    return axes.place(point.level, decades(point));
+}
+
+void drawDot(cv::Mat& picture, const Axes& axes, const LeakPoint& point, int radius, const cv::Scalar& colour)
+{
+    cv::circle(picture, fine(placeOf(axes, point)), radius << fractionBits, colour, cv::FILLED, cv::LINE_AA,
+               fractionBits);
+}
+
 void drawCurve(cv::Mat& picture, const Axes& axes, const std::vector<LeakPoint>& curve)
 {
-    const LeakPoint* before = nullptr;
+    std::vector<LeakPoint> entries;
     for (const LeakPoint& point : curve) {
-        if (!isDrawable(point)) {
-            continue;
+        if (isDrawable(point) && point.answer.entry == LeakEntry::Clamped) {
+            drawDot(picture, axes, point, 2, leakClampedColour);
+        } else if (isDrawable(point)) {
+            entries.push_back(point);
         }
-        const cv::Point2d place = axes.place(point.level, decades(point));
-        if (point.answer.entry == LeakEntry::Clamped) {
-            cv::circle(picture, fine(place), 2 << fractionBits, leakClampedColour, cv::FILLED, cv::LINE_AA,
-                       fractionBits);
-            continue;
+    }
+    // Above the others, which may lie side by side as a line.
+    const auto isJoined = [&entries](std::size_t i) {  // to the one before
+        return i > 0 && i < entries.size() && entries[i].level - entries[i - 1].level < joined;
+    };
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (isJoined(i)) {
+            cv::line(picture, fine(placeOf(axes, entries[i - 1])), fine(placeOf(axes, entries[i])),
+                     leakLineColour, 3, cv::LINE_AA, fractionBits);
         }
-        if (before != nullptr && point.level - before->level < joined) {
-            cv::line(picture, fine(axes.place(before->level, decades(*before))), fine(place), leakLineColour,
-                     3, cv::LINE_AA, fractionBits);
-        }
-        cv::circle(picture, fine(place), 2 << fractionBits, leakLineColour, cv::FILLED, cv::LINE_AA,
-                   fractionBits);
-        before = &point;
+        const bool isAlone = !isJoined(i) && !isJoined(i + 1);
+        drawDot(picture, axes, entries[i], isAlone ? aloneRadius : 2, leakLineColour);
     }
 }
 
 void drawMarked(cv::Mat& picture, const Axes& axes, const LeakPoint& marked)
 {
-    const cv::Point2d place = axes.place(marked.level, decades(marked));
+    const cv::Point2d place = placeOf(axes, marked);
     if (!axes.area().contains(cv::Point(place))) {
         return;
     }
@@ -190,7 +208,7 @@ cv::Mat drawLeakPlot(const std::vector<LeakPoint>& curve, float distance,
 
 cv::Point2d placeInLeakPlot(const std::vector<LeakPoint>& curve, const LeakPoint& point)
 {
-    return axesFor(curve).place(point.level, decades(point));
+    return placeOf(axesFor(curve), point);
 }
 
 }  // namespace kovtools

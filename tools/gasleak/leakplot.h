@@ -23,8 +23,9 @@ struct LeakPoint
 // table's whole range, if only its bounds answer; more than 400 dB are thinned out.
 std::vector<LeakPoint> leakCurve(const LeakMeter& meter, float distance);
 
-// Leak rate over sound pressure level, the rate in decades. Answers from the table's own entries are the line; those
-// that a bound of the table stands in for are dots of another colour.
+// Leak rate over sound pressure level, the rate in decades. Answers from the table's own entries are the line, or
+// larger dots where they are too far apart for one; those that a bound of the table stands in for are small dots of
+// another colour.
 //   marked  a measurement that stands out; may be none
 // Throws DataError when no point has a rate above 0.
 cv::Mat drawLeakPlot(const std::vector<LeakPoint>& curve, float distance,

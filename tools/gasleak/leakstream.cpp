@@ -1,6 +1,8 @@
 #include "tools/gasleak/leakstream.h"
 
+#include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -31,9 +33,18 @@ double asDouble(float value)
     return std::strtod(plain(value).c_str(), nullptr);
 }
 
+// Only rates above 0 have a logarithm.
+bool hasLeak(const LeakAnswer& answer)
+{
+    return answer.entry != LeakEntry::None && std::isfinite(answer.leak);
+}
+
 bool namesColumns(const std::string& line)
 {
-    const std::vector<std::string> fields = commaFields(line);
+    std::string small = line;
+    std::transform(small.begin(), small.end(), small.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    const std::vector<std::string> fields = commaFields(small);
     return fields.size() == 2 && fields[0].starts_with("distance") && fields[1].starts_with("level");
 }
 
@@ -41,11 +52,8 @@ void answerAsCsv(int number, const LeakMeasurement& measurement, const LeakAnswe
 {
     out << number << ',' << plain(measurement.distance) << ',' << plain(measurement.level) << ','
         << plain(answer.powerLevel) << ',' << leakEntryName(answer.entry) << ',';
-    if (answer.entry != LeakEntry::None) {
-        out << plain(answer.rate) << ',' << plain(answer.leak) << '\n';
-    } else {
-        out << ",\n";
-    }
+    out << (answer.entry == LeakEntry::None ? "" : plain(answer.rate)) << ','
+        << (hasLeak(answer) ? plain(answer.leak) : "") << '\n';
 }
 
 void answerAsJson(int number, const LeakMeasurement& measurement, const LeakAnswer& answer, std::ostream& out)
@@ -84,9 +92,9 @@ nlohmann::ordered_json leakJson(const LeakMeasurement& measurement, const LeakAn
                                 {"leak", nullptr}};
     if (answer.entry != LeakEntry::None) {
         json["lrq"] = asDouble(answer.rate);
-        if (std::isfinite(answer.leak)) {
-            json["leak"] = asDouble(answer.leak);
-        }
+    }
+    if (hasLeak(answer)) {
+        json["leak"] = asDouble(answer.leak);
     }
     return json;
 }
@@ -98,7 +106,8 @@ std::string leakText(const LeakMeasurement& measurement, const LeakAnswer& answe
     if (answer.entry == LeakEntry::None) {
         return text + "no entry in the table";
     }
-    text += "leak rate " + plain(answer.rate) + ", leak value " + plain(answer.leak);
+    text += "leak rate " + plain(answer.rate) +
+            (hasLeak(answer) ? ", leak value " + plain(answer.leak) : std::string(", no leak value"));
     return answer.entry == LeakEntry::Exact
                ? text
                : text + " (the table has no entry for this; the one of its bound is taken)";
