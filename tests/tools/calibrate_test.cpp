@@ -208,6 +208,8 @@ TEST(Calibrate, WantsSixteenPairs)
 
     EXPECT_EQ(more.status, 1);
     EXPECT_NE(more.err.find("line 17 of"), std::string::npos) << more.err;
+    EXPECT_EQ(none.status, 1);
+    EXPECT_NE(none.err.find("holds no pairs of points"), std::string::npos) << none.err;
     EXPECT_EQ(fewer.status, 1);
     EXPECT_NE(fewer.err.find("ends at line 15 with 15 of the 16"), std::string::npos) << fewer.err;
     EXPECT_EQ(none.status, 1);

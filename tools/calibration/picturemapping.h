@@ -24,8 +24,7 @@ struct PictureMapping
 };
 
 // Throws DataError when the source points lie on one line or in one place, so that nothing says how to map what lies
-// beside it; also when they lie so nearly on one line that their rounding to
-// whole pixels decides.
+// beside it; also when they lie so nearly on one line that their rounding to whole pixels decides.
 PictureMapping fitMapping(const PointPairs& pairs);
 
 std::string mappingText(const PictureMapping& mapping, const PointPairs& pairs);

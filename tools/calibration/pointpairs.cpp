@@ -70,6 +70,10 @@ PointPairs readPointPairs(const std::filesystem::path& file)
         }
         pairs[static_cast<std::size_t>(count++)] = pair;
     }
+    if (count == 0) {
+        throw DataError(inQuotes(file) + " holds no pairs of points; the fit takes " +
+                        std::to_string(calibrationPairs) + " lines sx,sy,dx,dy");
+    }
     if (count < calibrationPairs) {
         throw DataError(inQuotes(file) + " ends at line " + std::to_string(lines.number()) + " with " +
                         std::to_string(count) + " of the " + std::to_string(calibrationPairs) +

@@ -105,7 +105,7 @@ void drawPhaseAxis(cv::Mat& picture, const cv::Rect& panel)
         const int x = panelX(panel, degrees) - textSize(text, layout).width / 2;
         drawText(picture, text, {x, panel.y + panel.height + 18}, layout);
     }
-    const std::string text = "phase, degrees; the analyser puts the strongest discharges near 81";
+    const std::string text = "phase, degrees; found from the discharges, not measured at the mains";
     const int x = panel.x + (panel.width - textSize(text, layout).width) / 2;
     drawText(picture, text, {x, panel.y + panel.height + 42}, layout);
 }
@@ -229,7 +229,7 @@ void DischargePicture::drawDensity(cv::Mat& picture) const
     drawSine(picture, densityPanel);
     const double high = topDb - rows.start / rowsPerDb;
     const double low = topDb - rows.end / rowsPerDb;
-    const double step = high - low > 45.0 ? 20.0 : high - low > 18.0 ? 10.0 : 5.0;
+    const double step = high - low > 90.0 ? 20.0 : high - low > 18.0 ? 10.0 : 5.0;
     for (double db = std::floor(high / step) * step; db >= low; db -= step) {
         const int y = panelY(densityPanel, (db - low) / (high - low));
         cv::line(picture, {densityPanel.x, y}, {densityPanel.x + densityPanel.width - 1, y}, gridColour, 1);
