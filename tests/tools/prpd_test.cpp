@@ -232,6 +232,25 @@ TEST(Prpd, NeverReplacesItsInput)
     EXPECT_EQ(readFile(sandbox / "a.wav"), before);
 }
 
+TEST(Prpd, RefusesOptionsBeforeTheNameOfTheTraining)
+{
+    const Sandbox sandbox;
+    for (const Arguments& before : {Arguments{"--mains", "60"}, Arguments{"a.wav"}, Arguments{"--json"}}) {
+        Arguments arguments{"prpd"};
+        arguments.insert(arguments.end(), before.begin(), before.end());
+        for (const char* const more : {"train", "--surface", "s.wav", "--suspension", "f.wav", "-o", "m"}) {
+            arguments.emplace_back(more);
+        }
+
+        const Outcome outcome = sandbox.run(arguments);
+
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_TRUE(isOneSentence(outcome.err)) << outcome.err;
+        EXPECT_NE(outcome.err.find("behind 'train'"), std::string::npos) << outcome.err;
+        EXPECT_EQ(sandbox.contents(), Arguments{});
+    }
+}
+
 class BadPrpd : public testing::TestWithParam<Arguments>
 {
 };

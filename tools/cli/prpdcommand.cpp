@@ -115,6 +115,18 @@ void addOptions(CLI::App& command, PrpdOptions& options)
     command.add_flag("--json", options.json, "Answer in JSON");
 }
 
+// Training has options of its own, some of them of the same name; what stands before its name would be lost.
+void refuseOptions(const CLI::App& command)
+{
+    for (const CLI::Option* const option : command.get_options()) {
+        if (option->count() > 0) {
+            throw CLI::ValidationError(option->get_name(),
+                                       "is for the analysis; options of the training stand "
+                                       "behind 'train'");
+        }
+    }
+}
+
 }  // namespace
 
 void addPrpdCommand(CLI::App& parent, Action& chosen)
@@ -131,6 +143,7 @@ void addPrpdCommand(CLI::App& parent, Action& chosen)
         "  kovdoa prpd switchgear.wav --models models");
     command->callback([options, command, &chosen] {
         if (!command->get_subcommands().empty()) {
+            refuseOptions(*command);
             return;
         }
         if (options->input.file.empty()) {

@@ -87,7 +87,7 @@ void addOptions(CLI::App& command, SimulatePdOptions& options)
     addPath(command, "OUT", options.output, "OUT.wav", "The WAV file to write")->required();
     addType(command, signal.kind);
     addMains(command, signal.mains);
-    addNumber(command, "--seconds", options.seconds, 0.001, 3600.0, "Length of the recording");
+    addNumber(command, "--seconds", options.seconds, 0.001, 3600.0, "Length of the recording, s");
     addSeed(command, "--seed", signal.seed,
             "The same seed gives the same recording; another is another object");
     addNumber(command, "--level", signal.level, 0.0, 1.0, "Amplitude of a typical burst, full scale 1");
