@@ -93,6 +93,7 @@ public:
 
     explicit Private(const QString& cachePath) : cache(cachePath) {}
 
+    bool beginFile();
     void load(const QString& path);
     void loadRecords(float& totalMs, KOVRtTimer& timer);
     void readVersion(ByteCursor& cursor);
@@ -114,6 +115,7 @@ public:
 
     // Writing.
     QString filePath;
+    QByteArray missingHeader;  // for which the disk had no room so far
     int frameNumber = 0;
     std::string record;  // kept between frames for its memory
 
@@ -162,14 +164,26 @@ void KOVDoaResultSerialize::startSave(const QString& path, int resRows, int resC
     d->fftLen = fftLen;
     d->filePath = path;
 
-    KOVResult::startFile(path,
-                         KOVResult::headerText({resRows, resCols, imgRows, imgCols, fftLen}).toLocal8Bit());
+    d->missingHeader = KOVResult::headerText({resRows, resCols, imgRows, imgCols, fftLen}).toLocal8Bit();
+    d->beginFile();
+}
+
+// False while there is no room for the header: records without one could not be read.
+bool KOVDoaResultSerialize::Private::beginFile()
+{
+    if (!missingHeader.isEmpty() && KOVResult::startFile(filePath, missingHeader)) {
+        missingHeader.clear();
+    }
+    return missingHeader.isEmpty();
 }
 
 void KOVDoaResultSerialize::Save(EngMapResult* result)
 {
     // Counted even when the file turns out to be unusable, so that a gap in the numbers tells of lost frames.
     ++d->frameNumber;
+    if (!d->beginFile()) {
+        return;
+    }
     d->record.clear();
     KOVResult::appendRecord(d->record, d->frameNumber, *result);
     KOVResult::appendToFile(d->filePath, d->record);

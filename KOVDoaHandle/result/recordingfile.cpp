@@ -6,14 +6,18 @@
 
 namespace KOVResult {
 
-void startFile(const QString& path, const QByteArray& bytes)
+bool startFile(const QString& path, const QByteArray& bytes)
 {
     QFile file(path);
-    if (!isFileName(path) || !file.open(QIODevice::ReadWrite | QIODevice::Truncate)) {
-        return;
+    if (!isFileName(path) || !file.open(QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Unbuffered)) {
+        return true;
     }
-    file.write(bytes);
+    const bool isWhole = file.write(bytes) == bytes.size();
+    if (!isWhole) {
+        file.resize(0);
+    }
     file.close();
+    return isWhole;
 }
 
 void appendToFile(const QString& path, const std::string& bytes)
