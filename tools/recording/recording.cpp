@@ -23,8 +23,7 @@ constexpr std::chrono::milliseconds pollInterval{1};  // the library signals the
 Recording::Recording(const std::filesystem::path& path) : m_path(path), m_scan(scanRecordingFile(path))
 {
     if (!m_scan.isRecording) {
-        throw DataError(inQuotes(m_path) +
-                        " is not a recording: it does not begin with a recording's header");
+        throw DataError(inQuotes(m_path) + " " + m_scan.damage);
     }
     if (m_scan.completeRecords == 0) {
         return;  // and nothing is handed to the library that has nothing to load from it
