@@ -35,10 +35,11 @@ TEST_P(Help, GoesToStdoutWithAnExampleAndStatusZero)
 
 INSTANTIATE_TEST_SUITE_P(EveryLevel, Help,
                          testing::Values(Arguments{}, Arguments{"simulate"}, Arguments{"simulate", "scene"},
-                                         Arguments{"info"}, Arguments{"render"}, Arguments{"listen"},
-                                         Arguments{"resample"}, Arguments{"mix"}, Arguments{"miccheck"},
-                                         Arguments{"simulate", "pd"}, Arguments{"simulate", "gastable"},
-                                         Arguments{"prpd"}, Arguments{"prpd", "train"}, Arguments{"gasleak"},
+                                         Arguments{"info"}, Arguments{"check"}, Arguments{"recover"},
+                                         Arguments{"render"}, Arguments{"listen"}, Arguments{"resample"},
+                                         Arguments{"mix"}, Arguments{"miccheck"}, Arguments{"simulate", "pd"},
+                                         Arguments{"simulate", "gastable"}, Arguments{"prpd"},
+                                         Arguments{"prpd", "train"}, Arguments{"gasleak"},
                                          Arguments{"pulses"}, Arguments{"calibrate"}, Arguments{"track"},
                                          Arguments{"simulate", "array"}, Arguments{"beamform"}));
 
@@ -78,6 +79,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(WrongUse{{}, "simulate, beamform, info, render"}, WrongUse{{"frobnicate"}, "frobnicate"},
                     WrongUse{{"--frobnicate"}, "--frobnicate"}, WrongUse{{"info"}, "FILE"},
                     WrongUse{{"info", "--jsn"}, "--jsn"}, WrongUse{{"info", "a.kov", "b.kov"}, "b.kov"},
+                    WrongUse{{"check"}, "FILE"}, WrongUse{{"recover", "a.kov"}, "--output"},
                     WrongUse{{"info", ""}, "file name"}, WrongUse{{"info", "a.kov", "--fps", "0"}, "--fps"},
                     WrongUse{{"info", "a.kov", "--fps", "1", "--fps", "2"}, "--fps may be given only once"},
                     WrongUse{{"info", "a.kov", "--log"}, "--log needs a value"}));

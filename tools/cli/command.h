@@ -31,6 +31,8 @@ void addSimulateCommand(CLI::App& parent, Action& chosen);
 void addBeamformCommand(CLI::App& parent, Action& chosen);
 void addInfoCommand(CLI::App& parent, Action& chosen);
 void addRenderCommand(CLI::App& parent, Action& chosen);
+void addCheckCommand(CLI::App& parent, Action& chosen);
+void addRecoverCommand(CLI::App& parent, Action& chosen);
 void addListenCommand(CLI::App& parent, Action& chosen);
 void addResampleCommand(CLI::App& parent, Action& chosen);
 void addMixCommand(CLI::App& parent, Action& chosen);

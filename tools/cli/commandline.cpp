@@ -144,6 +144,8 @@ int runCommandLine(int argc, const char* const* argv)
     addBeamformCommand(app, action);
     addInfoCommand(app, action);
     addRenderCommand(app, action);
+    addCheckCommand(app, action);
+    addRecoverCommand(app, action);
     addListenCommand(app, action);
     addResampleCommand(app, action);
     addMixCommand(app, action);
