@@ -15,8 +15,10 @@ target_compile_options(kovdoa_compile_options INTERFACE
 
 add_library(kovdoa_sanitizers INTERFACE)
 if(KOVDOA_SANITIZE)
+    # With more optimisation the checks that are woven in take several times longer to compile; reports need the lines,
+    # not the variables.
     target_compile_options(kovdoa_sanitizers INTERFACE
-        -fsanitize=${KOVDOA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+        -fsanitize=${KOVDOA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1)
     target_link_options(kovdoa_sanitizers INTERFACE -fsanitize=${KOVDOA_SANITIZE})
 endif()
 
