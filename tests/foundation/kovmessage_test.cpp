@@ -293,4 +293,23 @@ TEST_F(LogFiles, KeepTheLinesOfSeveralThreadsWhole)
     }
 }
 
+TEST_F(LogFiles, HoldWholeLinesOnlyWhileTheirFolderComesAndGoesUnderSeveralThreads)
+{
+    const int threads = 4;
+    const int lines = 300;
+    runSilently({"clock", january2, "init", "storm", QString::number(threads), QString::number(lines), "init",
+                 "message", "0", "a", "1", "0:the end:" + QString(20000, 'a')});
+
+    const QStringList written = QString::fromStdString(january2Log()).split("\r\n", Qt::SkipEmptyParts);
+    ASSERT_GE(written.size(), 1);
+    ASSERT_LE(written.size(), threads * lines + 1);
+    for (const QString& line : written) {
+        ASSERT_TRUE(line.startsWith("Debug:2024-01-02 03:04:05 Flie(")) << line.left(80).toStdString();
+        const QString filling = line.section(':', -1);
+        EXPECT_EQ(filling.size(), 20000) << line.left(80).toStdString();
+        EXPECT_EQ(filling.count(filling[0]), 20000) << line.left(80).toStdString();
+    }
+    EXPECT_TRUE(written.last().contains("the end"));
+}
+
 }  // namespace

@@ -6,6 +6,8 @@
 //   engine FILE LINE TEXT         doaMessage()
 //   negative-size                 has the engine report something
 //   threads COUNT LINES           COUNT threads, each of which writes LINES lines of more than 50,000 characters
+//   storm COUNT LINES             COUNT threads, each of which writes LINES lines, while ./log is removed and logging
+//                                 switched on again and again
 //   clock SECONDS                 from now on it is that many seconds after 1970-01-01 00:00:00 UTC
 //   chdir FOLDER                  changes the working directory
 //   remove-folder                 removes ./log
@@ -16,6 +18,7 @@
 #include <QtCore/QString>
 #include <QtCore/QtDebug>
 
+#include <atomic>
 #include <cstdlib>
 #include <ctime>
 #include <deque>
@@ -103,6 +106,28 @@ void writeFromThreads(int threadCount, int lineCount)
     }
 }
 
+void writeInAStorm(int threadCount, int lineCount)
+{
+    std::atomic<int> writing{threadCount};
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < threadCount; ++thread) {
+        threads.emplace_back([&writing, thread, lineCount] {
+            const QString filling(20000, QLatin1Char(static_cast<char>('a' + thread)));
+            for (int line = 0; line < lineCount; ++line) {
+                qDebug("%d:%d:%s", thread, line, qPrintable(filling));
+            }
+            --writing;
+        });
+    }
+    while (writing > 0) {
+        QDir(QStringLiteral("log")).removeRecursively();
+        initLogging();
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
 void carryOut(const std::string& step, Steps& steps)
 {
     if (step == "init") {
@@ -126,6 +151,9 @@ void carryOut(const std::string& step, Steps& steps)
     } else if (step == "threads") {
         const int threads = steps.nextNumber();
         writeFromThreads(threads, steps.nextNumber());
+    } else if (step == "storm") {
+        const int threads = steps.nextNumber();
+        writeInAStorm(threads, steps.nextNumber());
     } else if (step == "clock") {
         fakeSeconds = std::stol(steps.next());
     } else if (step == "chdir") {
