@@ -4,9 +4,12 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QEvent>
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <latch>
 #include <memory>
+#include <semaphore>
 #include <thread>
 #include <vector>
 
@@ -88,21 +91,24 @@ TEST(ReaderLifetimes, MayPassInATightLoopWithConsumersThatRead)
         ASSERT_TRUE(reader.init(folder.path()));
         const std::unique_ptr<KOVAudioSource> source(
             dynamic_cast<KOVAudioSource*>(reader.createReaderSource(QStringLiteral("short"))));
-        std::atomic<bool> hasRead{false};
+        std::binary_semaphore hasRead{0};
         std::thread consumer([&] {
-            while (!hasRead) {
-                const QVariant read = source->readData();
-                if (read.isValid()) {
-                    EXPECT_EQ(read.value<KOVAudioBuffer>().data(7)[1023], sampleOf(7, 1023));
-                    ++blocks;
-                    hasRead = true;
-                }
+            QVariant read = source->readData();
+            while (!read.isValid()) {
+                read = source->readData();
             }
+            EXPECT_EQ(read.value<KOVAudioBuffer>().data(7)[1023], sampleOf(7, 1023));
+            ++blocks;
+            hasRead.release();
         });
         reader.start();
-        for (int i = 0; !hasRead; ++i) {
-            reader.setCurrentIndex(i);
-            std::this_thread::yield();
+        // Wakes are lost until the worker waits for them. Rarer and rarer, because of more than 60 blocks the first would
+        // be overwritten while it is looked at.
+        auto patience = std::chrono::milliseconds(1);
+        reader.setCurrentIndex(round);
+        while (!hasRead.try_acquire_for(patience)) {
+            reader.setCurrentIndex(round);
+            patience = std::min(2 * patience, std::chrono::milliseconds(256));
         }
         if (round % 2 == 0) {
             reader.close();

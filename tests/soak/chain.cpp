@@ -6,9 +6,10 @@
 #include <QtCore/QFile>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstddef>
+#include <mutex>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -34,29 +35,52 @@ void require(bool condition, const char* what)
     }
 }
 
-// Wakes a reader every millisecond as long as it lives. (A wake is lost while the reader's worker is busy.)
+// Wakes a reader's worker as long as it lives: some blocks ahead of the frames that are done, so that none is
+// overwritten before it is used. Now and then once more, since a wake is lost while the worker is busy.
 class Pacer
 {
 public:
-    explicit Pacer(KOVHwMultAudio& reader)
-        : m_thread([this, &reader] {
-              for (int i = 0; !m_isStopping; ++i) {
-                  reader.setCurrentIndex(i);
-                  std::this_thread::sleep_for(std::chrono::milliseconds(1));
-              }
-          })
-    {
-    }
+    explicit Pacer(KOVHwMultAudio& reader) : m_thread([this, &reader] { pace(reader); }) {}
     ~Pacer()
     {
-        m_isStopping = true;
+        {
+            const std::lock_guard lock(m_mutex);
+            m_isStopping = true;
+        }
+        m_changed.notify_one();
         m_thread.join();
     }
     Pacer(const Pacer&) = delete;
     Pacer& operator=(const Pacer&) = delete;
 
+    void frameIsDone()
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            ++m_done;
+        }
+        m_changed.notify_one();
+    }
+
 private:
-    std::atomic<bool> m_isStopping{false};
+    void pace(KOVHwMultAudio& reader)
+    {
+        constexpr int ahead = 8;
+        std::unique_lock lock(m_mutex);
+        for (int woken = 0; !m_isStopping; ++woken) {
+            lock.unlock();
+            reader.setCurrentIndex(woken);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            lock.lock();
+            m_changed.wait_for(lock, std::chrono::milliseconds(50),
+                               [&] { return m_isStopping || woken < m_done + ahead; });
+        }
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    int m_done = 0;
+    bool m_isStopping = false;
     std::thread m_thread;
 };
 
@@ -129,12 +153,13 @@ void Chain::recordFrames(KOVHwMultAudio& reader, int frames)
     reader.start();
     {
         Inspection inspection(reader, m_prpd);
-        const Pacer pacer(reader);
+        Pacer pacer(reader);
         for (int done = 0; done < frames;) {
             const QVariant read = source->readData();
             if (read.isValid()) {
                 auto block = read.value<KOVAudioBuffer>();
                 imageOne(block);
+                pacer.frameIsDone();
                 ++done;
             }
         }
