@@ -3,7 +3,11 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
 
 #include "tests/tools/program.h"
 #include "tools/support/errors.h"
@@ -60,20 +64,58 @@ TEST(PartialFile, IsRefusedInAFolderThatIsMissingAndInPlaceOfAFolder)
     EXPECT_TRUE(sandbox.contents().empty());
 }
 
-TEST(PartialFile, IsRefusedInPlaceOfAPipe)
+TEST(PartialFile, GoesIntoAPipeWhenItIsCommitted)
 {
     const Sandbox sandbox;
     ASSERT_EQ(mkfifo((sandbox / "pipe").c_str(), 0600), 0);
+    // Much more than a pipe holds.
+    const std::string content(1 << 20, 'x');
+    PartialFile file(sandbox / "pipe");
+    file.write(content);
+    std::string read;
+    std::thread reader([&] { read = readFile(sandbox / "pipe"); });
 
-    EXPECT_THROW(PartialFile(sandbox / "pipe"), DataError);
+    file.commit();
+    reader.join();
 
+    EXPECT_TRUE(read == content);
     EXPECT_TRUE(std::filesystem::is_fifo(sandbox / "pipe"));
     EXPECT_EQ(sandbox.contents(), Names{"pipe"});
 }
 
-TEST(PartialFile, IsRefusedInPlaceOfADevice)
+TEST(PartialFile, SaysThatTheReaderOfItsPipeWentAway)
 {
-    EXPECT_THROW(PartialFile("/dev/null"), DataError);
+    const Sandbox sandbox;
+    ASSERT_EQ(mkfifo((sandbox / "pipe").c_str(), 0600), 0);
+    std::signal(SIGPIPE, SIG_IGN);  // as the program has it
+    PartialFile file(sandbox / "pipe");
+    file.write(std::string(1 << 20, 'x'));
+    std::thread reader([&] { std::ifstream(sandbox / "pipe", std::ios::binary).get(); });
+
+    EXPECT_THROW(file.commit(), DataError);
+    reader.join();
+}
+
+TEST(PartialFile, MayBeMeantForADevice)
+{
+    PartialFile file("/dev/null");
+    file.write("content");
+
+    EXPECT_NO_THROW(file.commit());
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+TEST(PartialFile, LeavesNoTraceOfWhatWasMeantForADevice)
+{
+    std::filesystem::path partial;
+    {
+        PartialFile file("/dev/null");
+        partial = file.path();
+        EXPECT_TRUE(std::filesystem::exists(partial));
+        file.commit();
+    }
+
+    EXPECT_FALSE(std::filesystem::exists(partial));
 }
 
 TEST(PartialFile, IsWrittenWhereALinkLeads)

@@ -150,18 +150,14 @@ TEST_P(SoundCommands, SayThatTheDiskIsFullAndLeaveNothing)
     EXPECT_EQ(sandbox.contents(), Names{"in.wav"});
 }
 
-TEST_P(SoundCommands, DoNotReplaceAPipeAndDoNotReadOne)
+TEST_P(SoundCommands, DoNotReadAPipe)
 {
-    writeFile(sandbox / "in.wav", soundBytes());
     ASSERT_EQ(mkfifo((sandbox / "pipe.wav").c_str(), 0600), 0);
 
-    const Outcome written = run("in.wav", "pipe.wav");
-    const Outcome read = run("pipe.wav", "out.wav");
+    const Outcome outcome = run("pipe.wav", "out.wav");
 
-    for (const Outcome& outcome : {written, read}) {
-        EXPECT_EQ(outcome.status, 1);
-        EXPECT_NE(outcome.err.find("is not a regular file"), std::string::npos) << outcome.err;
-    }
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("is not a regular file"), std::string::npos) << outcome.err;
 }
 
 TEST_P(SoundCommands, GiveTheSameBytesEachTime)

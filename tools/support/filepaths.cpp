@@ -87,6 +87,10 @@ void FilesOfCommand::checkPair(const File& first, const File& second)
     if (first.kind == Kind::Input && second.kind == Kind::Input) {
         return;
     }
+    std::error_code error;
+    if (fs::is_character_file(first.path, error)) {
+        return;  // nothing is replaced in /dev/null
+    }
     if (isSameFile(first.path, second.path)) {
         throw UsageError(inQuotes(second.path) + " is both " + first.role + " and " + second.role +
                          "; one would replace the other");

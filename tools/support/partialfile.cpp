@@ -10,6 +10,7 @@
 #include "tools/support/errors.h"
 #include "tools/support/filepaths.h"
 #include "tools/support/inquotes.h"
+#include "tools/support/streamtarget.h"
 
 namespace kovtools {
 
@@ -20,7 +21,7 @@ namespace {
 constexpr std::size_t longestExtension = 8;  // letters with the dot; formats are chosen by shorter ones
 constexpr int mostNames = 1000;              // tried before giving up
 
-// Throws DataError unless a file can stand at `target`: never is a device or a pipe replaced by a file.
+// Throws DataError unless a file can stand at `target`: what is there and no file, a disk say, stays.
 void checkTarget(const fs::path& target)
 {
     std::error_code error;
@@ -48,6 +49,16 @@ fs::path partialName(const fs::path& target)
     return target.parent_path() / name;
 }
 
+fs::path temporaryFolder()
+{
+    std::error_code error;
+    fs::path folder = fs::temp_directory_path(error);
+    if (error) {
+        throw DataError("there is no folder for temporary files: " + error.message());
+    }
+    return folder;
+}
+
 // Creates an empty file that was not there before: not the leftover of a killed run, nor the file of a process
 // that has the same number on another machine.
 fs::path createPartial(const fs::path& target)
@@ -68,8 +79,14 @@ fs::path createPartial(const fs::path& target)
 
 }  // namespace
 
-PartialFile::PartialFile(const fs::path& target)
+PartialFile::PartialFile(const fs::path& target) : m_isStream(isStreamTarget(target))
 {
+    if (m_isStream) {
+        checkStreamTarget(target);
+        m_target = target;
+        m_partial = createPartial(temporaryFolder() / target.filename());
+        return;
+    }
     checkTarget(target);
     m_target = throughLinks(target);
     if (fs::is_symlink(m_target)) {
@@ -99,6 +116,10 @@ void PartialFile::write(std::string_view bytes)
 
 void PartialFile::commit()
 {
+    if (m_isStream) {
+        copyToStream(m_partial, m_target);
+        return;  // and the file beside it goes
+    }
     std::error_code error;
     fs::rename(m_partial, m_target, error);
     if (error) {

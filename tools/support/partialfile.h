@@ -11,12 +11,13 @@
 namespace kovtools {
 
 // A file is written beside its final place, in the same folder and with the same extension (by which writers
-// choose the format), and renamed when it is complete. Without commit() it is removed.
+// choose the format), and renamed when it is complete. Without commit() it is removed. What is meant for a pipe or a
+// device waits in the temporary folder and is copied there when it is complete: writers want to go back in a file.
 class PartialFile
 {
 public:
     // Throws DataError when the folder of `target` (absolute) does not exist or cannot be written to, or when
-    // `target` is anything but a regular file. An existing file at `target` stays until commit(). When it is a
+    // `target` is a folder or a disk. An existing file at `target` stays until commit(). When it is a
     // symbolic link, the link stays and the file that it leads to is meant.
     explicit PartialFile(const std::filesystem::path& target);
     ~PartialFile();
@@ -29,12 +30,13 @@ public:
     // Makes `bytes` its whole content. Throws DataError.
     void write(std::string_view bytes);
 
-    // Puts the file in its place. Throws DataError when that fails.
+    // Puts the file in its place. Throws DataError when that fails; Interrupted while nobody reads a pipe.
     void commit();
 
 private:
     std::filesystem::path m_target;
     std::filesystem::path m_partial;
+    bool m_isStream = false;  // m_target is a pipe or a device
     bool m_committed = false;
 };
 
