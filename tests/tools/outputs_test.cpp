@@ -161,16 +161,43 @@ TEST(Versions, WithControlCharactersAreSpelledOut)
     EXPECT_NE(sandbox.run({"info", "a.kov"}).out.find("version    \\x1B[2J\n"), std::string::npos);
 }
 
-TEST(Outputs, DoNotReplaceAPipe)
+TEST(Outputs, MayBeStandardOutputByItsName)
 {
     const Sandbox sandbox;
+    writeSample(sandbox / "a.kov");
+    ASSERT_EQ(sandbox.run({"track", "a.kov", "-o", "tracks.csv"}).status, 0);
+
+    const Outcome outcome = sandbox.runScript("\"$0\" track a.kov -o /dev/stdout | cat > copy");
+
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_TRUE(readFile(sandbox / "copy").starts_with(readFile(sandbox / "tracks.csv")));
+}
+
+TEST(Outputs, MayBeThrownAway)
+{
+    const Sandbox sandbox;
+    writeSample(sandbox / "a.kov");
+
+    const Outcome outcome = sandbox.run({"track", "a.kov", "-o", "/dev/null", "--log", "/dev/null"});
+
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(sandbox.contents(), Names{"a.kov"});
+}
+
+TEST(Outputs, WaitForTheReaderOfAPipeUntilTheyAreInterrupted)
+{
+    const Sandbox sandbox;
+    writeSample(sandbox / "a.kov");
     ASSERT_EQ(mkfifo((sandbox / "pipe").c_str(), 0600), 0);
 
-    const Outcome outcome = sandbox.run({"simulate", "scene", "pipe", "--frames", "1"});
+    const Outcome outcome =
+        sandbox.runScript("timeout --signal=INT 2 \"$0\" track a.kov -o pipe --plot out.png");
 
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_NE(outcome.err.find("is not a regular file"), std::string::npos) << outcome.err;
-    EXPECT_TRUE(std::filesystem::is_fifo(sandbox / "pipe"));
+    EXPECT_EQ(outcome.status, 124);  // of timeout, whose signal ended it
+    EXPECT_TRUE(isOneSentence(outcome.err)) << outcome.err;
+    EXPECT_NE(outcome.err.find("interrupted"), std::string::npos) << outcome.err;
+    EXPECT_EQ(sandbox.contents(), (Names{"a.kov", "pipe"}));
 }
 
 TEST(Paths, FollowALinkBeforeTheStepBack)
@@ -199,15 +226,25 @@ TEST(Paths, MayEndInASlash)
     EXPECT_NE(outcome.out.find("/frames: "), std::string::npos) << outcome.out;
 }
 
-TEST(Paths, FromAFolderThatIsGoneAreRefused)
+class PathsFromAFolderThatIsGone : public testing::TestWithParam<std::string>
+{
+};
+
+TEST_P(PathsFromAFolderThatIsGone, AreRefused)
 {
     const Sandbox sandbox;
 
-    const Outcome outcome = sandbox.runScript("mkdir gone && cd gone && rmdir ../gone && \"$0\" info a.kov");
+    const Outcome outcome =
+        sandbox.runScript("mkdir gone && cd gone && rmdir ../gone && \"$0\" " + GetParam());
 
     EXPECT_EQ(outcome.status, 2);
     EXPECT_TRUE(isOneSentence(outcome.err)) << outcome.err;
     EXPECT_NE(outcome.err.find("working directory"), std::string::npos) << outcome.err;
 }
+
+INSTANTIATE_TEST_SUITE_P(Of, PathsFromAFolderThatIsGone,
+                         testing::Values("info a.kov", "mix a.wav b.wav -o /dev/null",
+                                         "gasleak --table /dev/null measurements.csv",
+                                         "prpd train --surface a.wav --suspension b.wav -o /dev/null"));
 
 }  // namespace

@@ -84,20 +84,20 @@ std::string wrongNumberOfValues(const CLI::ArgumentMismatch& error)
                                                : " may be given only once, with one value");
 }
 
-int complain(const std::string& sentence, ExitStatus status)
+ExitStatus complain(const std::string& sentence, ExitStatus status)
 {
     std::cerr << "kovdoa: " << printable(sentence) << '\n';
     return status;
 }
 
 // `status`, unless the results did not reach whoever reads them.
-int flushed(ExitStatus status)
+ExitStatus flushed(ExitStatus status)
 {
     std::cout.flush();
     return std::cout ? status : complain("cannot write to standard output", EXIT_BAD_DATA);
 }
 
-int run(const Action& action, const CommonOptions& common)
+ExitStatus run(const Action& action, const CommonOptions& common)
 {
     try {
         return flushed(action(common));
@@ -114,18 +114,9 @@ int run(const Action& action, const CommonOptions& common)
     }
 }
 
-}  // namespace
-
-int runCommandLine(int argc, const char* const* argv)
+// Everything that may be asked for.
+void addCommands(CLI::App& app, CommonOptions& common, Action& action)
 {
-    openStandardStreams();
-    watchForInterrupts();
-    silenceLibraries();
-
-    CLI::App app("Acoustic imaging: from the audio of a microphone array to the overlay of a camera picture.",
-                 "kovdoa");
-    CommonOptions common;
-    Action action;
     app.fallthrough();  // common options may stand behind the command too
     app.require_subcommand(1);
     app.set_version_flag("--version", versionText(), "Print the version with build details and exit");
@@ -155,21 +146,40 @@ int runCommandLine(int argc, const char* const* argv)
     addPulsesCommand(app, action);
     addCalibrateCommand(app, action);
     addTrackCommand(app, action);
+}
 
+}  // namespace
+
+Request readArguments(int argc, const char* const* argv)
+{
+    CLI::App app("Acoustic imaging: from the audio of a microphone array to the overlay of a camera picture.",
+                 "kovdoa");
+    Request request;
+    addCommands(app, request.common, request.action);
+    const auto answered = [](ExitStatus status) { return Request{{}, {}, status}; };
     try {
         app.parse(argc, argv);
     } catch (const CLI::RequiredError& error) {
-        return complain(missingWord(app, error) + seeHelpOf(app), EXIT_BAD_USAGE);
+        return answered(complain(missingWord(app, error) + seeHelpOf(app), EXIT_BAD_USAGE));
     } catch (const CLI::ArgumentMismatch& error) {
-        return complain(wrongNumberOfValues(error) + seeHelpOf(app), EXIT_BAD_USAGE);
+        return answered(complain(wrongNumberOfValues(error) + seeHelpOf(app), EXIT_BAD_USAGE));
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
             app.exit(error);  // help and version
-            return flushed(EXIT_GOOD);
+            return answered(flushed(EXIT_GOOD));
         }
-        return complain(oneLine(error.what()) + seeHelpOf(app), EXIT_BAD_USAGE);
+        return answered(complain(oneLine(error.what()) + seeHelpOf(app), EXIT_BAD_USAGE));
     }
-    return run(action, common);
+    return request;
+}
+
+int runCommandLine(int argc, const char* const* argv)
+{
+    openStandardStreams();
+    watchForInterrupts();
+    silenceLibraries();
+    const Request request = readArguments(argc, argv);
+    return request.action ? run(request.action, request.common) : request.status;
 }
 
 }  // namespace kovtools

@@ -159,7 +159,8 @@ void addStream(CLI::App& command, GasLeakOptions& options)
             throw CLI::ValidationError("MEASUREMENTS", "'' is not a file name");
         }
         options.isStandardInput = text == "-";
-        options.stream = options.isStandardInput ? std::filesystem::path() : std::filesystem::absolute(text);
+        options.stream =
+            options.isStandardInput ? std::filesystem::path() : absolutePath("MEASUREMENTS", text);
     };
     command
         .add_option_function<std::string>(

@@ -30,25 +30,6 @@ std::optional<Number> parse(std::string_view text)
     throw CLI::ValidationError(name.substr(name.rfind(',') + 1), "'" + text + "' is not " + expected);
 }
 
-// Only what means nothing goes: "./a" is "a", "folder/" is "folder". "link/.." stays, for the system to follow:
-// it is the parent of what the link leads to, not the folder of the link.
-std::filesystem::path absolutePath(const std::string& name, const std::string& text)
-{
-    std::error_code error;
-    const std::filesystem::path whole = std::filesystem::absolute(text, error);
-    if (error) {
-        throw CLI::ValidationError(name.substr(name.rfind(',') + 1),
-                                   "'" + text + "' cannot be found: the working directory is gone");
-    }
-    std::filesystem::path path;
-    for (const std::filesystem::path& part : whole) {
-        if (!part.empty() && part != ".") {
-            path /= part;
-        }
-    }
-    return path;
-}
-
 std::string plain(double value)
 {
     std::ostringstream stream;
@@ -105,6 +86,24 @@ std::optional<FrameRange> parseRange(std::string_view text)
 }
 
 }  // namespace
+
+// "link/.." stays, for the system to follow: it is the parent of what the link leads to, not the folder of the link.
+std::filesystem::path absolutePath(const std::string& name, const std::string& text)
+{
+    std::error_code error;
+    const std::filesystem::path whole = std::filesystem::absolute(text, error);
+    if (error) {
+        throw CLI::ValidationError(name.substr(name.rfind(',') + 1),
+                                   "'" + text + "' cannot be found: the working directory is gone");
+    }
+    std::filesystem::path path;
+    for (const std::filesystem::path& part : whole) {
+        if (!part.empty() && part != ".") {
+            path /= part;
+        }
+    }
+    return path;
+}
 
 const SizeBounds pictureBounds{cv::Size(160, 120), cv::Size(7680, 4320)};
 

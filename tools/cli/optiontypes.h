@@ -29,6 +29,10 @@ struct SizeBounds
 CLI::Option* addSize(CLI::App& app, const std::string& name, cv::Size& target, const SizeBounds& bounds,
                      const std::string& kind, const std::string& help);
 
+// `text` as an absolute path; only what means nothing goes: "./a" is "a", "folder/" is "folder". Throws an error of the
+// option `name` when the working directory is gone.
+std::filesystem::path absolutePath(const std::string& name, const std::string& text);
+
 // A file or folder; stored as an absolute path, because the program changes its working directory later.
 CLI::Option* addPath(CLI::App& app, const std::string& name, std::filesystem::path& target,
                      const std::string& kind, const std::string& help);
