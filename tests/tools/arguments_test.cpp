@@ -33,15 +33,7 @@ TEST_P(Help, GoesToStdoutWithAnExampleAndStatusZero)
     EXPECT_NE(outcome.out.find("Example:\n  kovdoa "), std::string::npos);
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryLevel, Help,
-                         testing::Values(Arguments{}, Arguments{"simulate"}, Arguments{"simulate", "scene"},
-                                         Arguments{"info"}, Arguments{"check"}, Arguments{"recover"},
-                                         Arguments{"render"}, Arguments{"listen"}, Arguments{"resample"},
-                                         Arguments{"mix"}, Arguments{"miccheck"}, Arguments{"simulate", "pd"},
-                                         Arguments{"simulate", "gastable"}, Arguments{"prpd"},
-                                         Arguments{"prpd", "train"}, Arguments{"gasleak"},
-                                         Arguments{"pulses"}, Arguments{"calibrate"}, Arguments{"track"},
-                                         Arguments{"simulate", "array"}, Arguments{"beamform"}));
+INSTANTIATE_TEST_SUITE_P(EveryLevel, Help, testing::Values(Arguments{}, Arguments{"simulate"}));
 
 struct WrongUse
 {
