@@ -1,7 +1,8 @@
 // Any bytes as a recording that the program reads by its own means; the first byte says which kind. It is either taken
 // or refused with one of the program's own errors. A sound has the same samples in whatever steps it is read, none of
 // them unusable; a file of array audio never gives more than it says; and of a recording that was cut off no more is
-// counted than of the whole, and the library loads as many records as are counted.
+// counted than of the whole, and the library loads as many records as are counted, also of those that were recovered
+// from between damaged ones.
 #include <QtCore/QByteArray>
 #include <QtCore/QDir>
 #include <QtCore/QTemporaryDir>
@@ -13,6 +14,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -22,6 +24,7 @@
 
 #include "tools/arrayaudio/arrayrecording.h"
 #include "tools/audio/soundreader.h"
+#include "tools/recording/recordingpieces.h"
 #include "tools/recording/recordingscan.h"
 #include "tools/support/errors.h"
 
@@ -148,6 +151,37 @@ void scanEnergyMaps(std::string_view bytes)
     }
 }
 
+// What `kovdoa check` walks over and `kovdoa recover` copies.
+void walkPieces(std::string_view bytes)
+{
+    std::istringstream stream{std::string(bytes)};
+    kovtools::RecordingPieces pieces(stream);
+    std::string recovered;
+    int complete = 0;
+    std::uint64_t at = 0;
+    while (const std::optional<kovtools::RecordingPiece> piece = pieces.next()) {
+        if (at == 0) {
+            at = piece->offset;
+            recovered = bytes.substr(0, at);
+        }
+        require(piece->offset == at && piece->bytes > 0, "there is a gap between pieces");
+        at += piece->bytes;
+        const bool isComplete = piece->verdict == kovtools::Verdict::Complete;
+        require(isComplete == piece->reason.empty(), "a fault without a reason");
+        if (isComplete) {
+            recovered += bytes.substr(piece->offset, piece->bytes);
+            ++complete;
+        }
+    }
+    require(at == 0 || at == bytes.size(), "the pieces do not reach the end");
+    if (complete > 0) {
+        const kovtools::RecordingScan scan = scanOf(recovered);
+        require(scan.isWhole() && scan.completeRecords == complete, "what was recovered is not whole");
+        require(loadedRecords(recovered) == complete,
+                "the library loads another number of recovered records");
+    }
+}
+
 void readAs(char kind, std::string_view bytes)
 {
     switch (kind) {
@@ -155,6 +189,8 @@ void readAs(char kind, std::string_view bytes)
             return readArrayFile(bytes);
         case 'm':
             return scanEnergyMaps(bytes);
+        case 'p':
+            return walkPieces(bytes);
         case 's':
             return readSound(bytes);
         default:
