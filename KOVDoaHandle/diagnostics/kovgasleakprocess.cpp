@@ -3,6 +3,7 @@
 #include <KOVDoaHandle/diagnostics/kovgasleakprocess.h>
 
 #include <QtCore/QFile>
+#include <QtCore/QLoggingCategory>
 #include <QtCore/QVariant>
 
 #include <algorithm>
@@ -49,7 +50,7 @@ struct Loading
 {
     std::mutex mutex;
     std::condition_variable hasChanged;
-    int loaders = 0;
+    int loaders = 0;  // begun, whether or not the system has started their threads
     std::atomic<bool> isClosed{false};
 };
 
@@ -59,12 +60,18 @@ Loading& loading()
     return *onlyOne;
 }
 
-// Defined after the table and so destroyed before it: closes the door, and gives a load that is just going on the time
-// to notice. Only one that hangs in a system call, opening a pipe that nobody writes, takes longer than that; it ends
-// with the process.
+// Destroyed when the process ends: closes the door, and gives a load that is just going on the time to notice. Only one
+// that hangs in a system call, opening a pipe that nobody writes, takes longer than that; it ends with the process.
 struct CloseAtExit
 {
-    CloseAtExit() { loading(); }
+    CloseAtExit()
+    {
+        // What Qt makes on first use, and a load uses to open a file and to report that it cannot, has to be there
+        // before: what was made first is destroyed last.
+        loading();
+        QFile::encodeName(QStringLiteral("table"));
+        QLoggingCategory::defaultCategory();
+    }
     CloseAtExit(const CloseAtExit&) = delete;
     CloseAtExit& operator=(const CloseAtExit&) = delete;
     ~CloseAtExit()
@@ -76,8 +83,6 @@ struct CloseAtExit
         state.hasChanged.wait_for(lock, longestWait, [&state] { return state.loaders == 0; });
     }
 };
-
-const CloseAtExit closeAtExit;
 
 // Everything up to the end of the file, the end of the process, or the memory.
 LeakTable read(const QString& path)
@@ -112,6 +117,13 @@ void publish(LeakTable table)
     Table::g_maxDistance = table.maxDistance;
 }
 
+// The last that a loader does, under the lock, because the waiting side ends the process.
+void leave(Loading& state)
+{
+    --state.loaders;
+    state.hasChanged.notify_all();
+}
+
 void load()
 {
     Loading& state = loading();
@@ -120,9 +132,9 @@ void load()
         const std::lock_guard lock(state.mutex);
         if (state.isClosed || Table::g_isInited) {
             Table::g_isIniting = false;
+            leave(state);
             return;
         }
-        ++state.loaders;
         path = Table::g_leakTestResFile;
     }
     LeakTable table = read(path);
@@ -134,9 +146,7 @@ void load()
         // Last: whoever sees this sees the table.
         Table::g_isInited = true;
     }
-    --state.loaders;
-    // Under the lock, because the waiting side ends the process.
-    state.hasChanged.notify_all();
+    leave(state);
 }
 
 // ---- Looking up ----
@@ -216,6 +226,12 @@ float factorOf(GASLEAK_MODE mode)
 
 void KOVGasleakProcessPrivate::initTest()
 {
+    static const CloseAtExit closeAtExit;
+    {
+        // From here on, not from the thread's first step: Qt's own work before that needs a living process too.
+        const std::lock_guard lock(loading().mutex);
+        ++loading().loaders;
+    }
     KOVThread* const thread = KOVThread::run(
         [](KOVThreadInfo* info) {
             info->Thread()->setLabel(QStringLiteral("gasLeakInit"));

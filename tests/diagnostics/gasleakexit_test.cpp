@@ -53,6 +53,13 @@ TEST_F(GasLeakExit, IsOrderlyWhileASmallTableLoads)
     expectAnOrderlyEnd(table("60 1 0.5\n"), 30);
 }
 
+// A table that cannot be opened is reported, for which Qt makes objects of its own.
+TEST_F(GasLeakExit, IsOrderlyWhileItIsReportedThatThereIsNoTable)
+{
+    expectAnOrderlyEnd(std::string(), 100);
+    expectAnOrderlyEnd("no such table", 100);
+}
+
 TEST_F(GasLeakExit, IsNotHeldUpByAPipeThatNobodyWrites)
 {
     expectAnOrderlyEnd(pipe(), 1);
