@@ -14,11 +14,11 @@
 
 namespace kovtools {
 
-void addArrayOptions(CLI::App& command, ArrayChoice& choice)
+void addArrayOptions(const CommandSyntax& command, ArrayChoice& choice)
 {
     addInteger(command, "--channels", choice.channels, 1, mostMicrophones,
                "Number of microphones (default: as many as the geometry has)")
-        ->default_str("");
+        .shownDefault("");
     addPath(command, "--geometry", choice.geometry, "FILE",
             "Positions of another array: a line 'x y z' per channel, metres (default: the array of 208)");
 }

@@ -5,11 +5,8 @@
 #include <filesystem>
 #include <vector>
 
+#include "tools/cli/commandsyntax.h"
 #include "tools/scene/arraygeometry.h"
-
-namespace CLI {
-class App;
-}
 
 namespace kovtools {
 
@@ -22,7 +19,7 @@ struct ArrayChoice
 };
 
 // --channels and --geometry.
-void addArrayOptions(CLI::App& command, ArrayChoice& choice);
+void addArrayOptions(const CommandSyntax& command, ArrayChoice& choice);
 
 // The instrument's own array, or the one of the file. Throws UsageError when the number of channels does not fit,
 // DataError when the file is bad.

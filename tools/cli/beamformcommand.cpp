@@ -1,5 +1,4 @@
 // kovdoa beamform: from the audio of an array to a recording of energy maps.
-#include <CLI/CLI.hpp>
 #include <charconv>
 #include <cmath>
 #include <iostream>
@@ -98,7 +97,7 @@ bool readNumber(const std::string& text, double& number)
     return error == std::errc() && end == text.data() + text.size() && std::isfinite(number);
 }
 
-void addBand(CLI::App& command, BeamformOptions& target)
+void addBand(const CommandSyntax& command, BeamformOptions& target)
 {
     const auto read = [&target](const std::string& text) {
         const std::size_t colon = text.find(':');
@@ -106,17 +105,17 @@ void addBand(CLI::App& command, BeamformOptions& target)
         double high = 0.0;
         if (colon == std::string::npos || !readNumber(text.substr(0, colon), low) ||
             !readNumber(text.substr(colon + 1), high) || low < 0.0 || high <= low) {
-            throw CLI::ValidationError("--band", "'" + text + "' is not a band in Hz such as 8000:32000");
+            refuse("--band", "'" + text + "' is not a band in Hz such as 8000:32000");
         }
         target.bandLow = low;
         target.bandHigh = high;
     };
-    command.add_option_function<std::string>("--band", read, "Band of frequencies that the maps show, Hz")
-        ->type_name("LOW:HIGH")
-        ->default_str("8000:32000");
+    command.addOption("--band", read, "Band of frequencies that the maps show, Hz")
+        .kind("LOW:HIGH")
+        .shownDefault("8000:32000");
 }
 
-void addWindow(CLI::App& command, WindowKind& target)
+void addWindow(const CommandSyntax& command, WindowKind& target)
 {
     const auto read = [&target](const std::string& text) {
         if (text == "hann") {
@@ -126,22 +125,19 @@ void addWindow(CLI::App& command, WindowKind& target)
         } else if (text == "rectangular") {
             target = WindowKind::Rectangular;
         } else {
-            throw CLI::ValidationError("--window",
-                                       "'" + text + "' is not one of hann, blackman, rectangular");
+            refuse("--window", "'" + text + "' is not one of hann, blackman, rectangular");
         }
     };
-    command.add_option_function<std::string>("--window", read, "hann, blackman or rectangular")
-        ->type_name("NAME")
-        ->default_str("hann");
+    command.addOption("--window", read, "hann, blackman or rectangular").kind("NAME").shownDefault("hann");
 }
 
-void addOptions(CLI::App& command, BeamformCommandOptions& options)
+void addOptions(const CommandSyntax& command, BeamformCommandOptions& options)
 {
     BeamformOptions& beamform = options.beamform;
     const SizeBounds mapBounds{cv::Size(4, 4), cv::Size(512, 512)};
     addPath(command, "DIR", options.folder, "DIR", "The folder of WAV files: data-0.wav, data-1.wav, ...")
-        ->required();
-    addPath(command, "-o,--output", options.output, "FILE", "The recording to write")->required();
+        .required();
+    addPath(command, "-o,--output", options.output, "FILE", "The recording to write").required();
     addBand(command, beamform);
     addInteger(command, "--bins", beamform.bins, 0, longestFft,
                "Frequencies that are beamformed, spread over the band (0: every one)");
@@ -155,23 +151,23 @@ void addOptions(CLI::App& command, BeamformCommandOptions& options)
     addNumber(command, "--overlap", beamform.overlap, 0.0, 0.95,
               "Share of a block that the next one covers again");
     addNumber(command, "--fps", beamform.frameRate, 0.1, 1000.0, "Frames per second");
-    command.add_flag("--peaks", options.peaks, "Store the peaks of each frame, with identities");
+    command.addFlag("--peaks", options.peaks, "Store the peaks of each frame, with identities");
     addArrayOptions(command, options.array);
 }
 
 }  // namespace
 
-void addBeamformCommand(CLI::App& parent, Action& chosen)
+void addBeamformCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command =
-        parent.add_subcommand("beamform", "Make a recording of energy maps from the audio of an array");
+    const CommandSyntax command =
+        parent.addCommand("beamform", "Make a recording of energy maps from the audio of an array");
     const auto options = std::make_shared<BeamformCommandOptions>();
-    addOptions(*command, *options);
-    command->footer(
+    addOptions(command, *options);
+    command.setFooter(
         "Example:\n"
         "  kovdoa beamform leak -o leak.kov\n"
         "  kovdoa beamform other -o other.kov --geometry other.txt --band 2000:8000 --distance 0");
-    command->callback([options, &chosen] {
+    command.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return beamform(*options, common); };
     });
 }

@@ -1,5 +1,4 @@
 // kovdoa calibrate: the mapping between two pictures from corresponding points.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 
@@ -41,17 +40,17 @@ ExitStatus calibrate(const CalibrateOptions& options, const CommonOptions& commo
 
 }  // namespace
 
-void addCalibrateCommand(CLI::App& parent, Action& chosen)
+void addCalibrateCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command =
-        parent.add_subcommand("calibrate", "Fit the mapping between two pictures to 16 pairs of points");
+    const CommandSyntax command =
+        parent.addCommand("calibrate", "Fit the mapping between two pictures to 16 pairs of points");
     const auto options = std::make_shared<CalibrateOptions>();
-    addPath(*command, "PAIRS", options->pairs, "FILE",
+    addPath(command, "PAIRS", options->pairs, "FILE",
             "16 lines sx,sy,dx,dy: a point in the one picture and the same in the other, whole pixels")
-        ->required();
-    command->add_flag("--json", options->json, "Answer in JSON");
-    command->footer("Example:\n  kovdoa calibrate pairs.csv --json");
-    command->callback([options, &chosen] {
+        .required();
+    command.addFlag("--json", options->json, "Answer in JSON");
+    command.setFooter("Example:\n  kovdoa calibrate pairs.csv --json");
+    command.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return calibrate(*options, common); };
     });
 }

@@ -1,5 +1,4 @@
 // kovdoa check: a verdict on every record of a recording.
-#include <CLI/CLI.hpp>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -59,18 +58,18 @@ ExitStatus checkRecording(const CheckOptions& options, const CommonOptions& comm
 
 }  // namespace
 
-void addCheckCommand(CLI::App& parent, Action& chosen)
+void addCheckCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command =
-        parent.add_subcommand("check", "Say of every record of a recording whether it is complete");
+    const CommandSyntax command =
+        parent.addCommand("check", "Say of every record of a recording whether it is complete");
     const auto options = std::make_shared<CheckOptions>();
-    addPath(*command, "FILE", options->file, "FILE", "The recording of maps")->required();
-    command->add_flag("--faults", options->faultsOnly, "List only the records that are not complete");
-    command->add_flag("--json", options->json, "Answer in JSON");
-    command->footer(
+    addPath(command, "FILE", options->file, "FILE", "The recording of maps").required();
+    command.addFlag("--faults", options->faultsOnly, "List only the records that are not complete");
+    command.addFlag("--json", options->json, "Answer in JSON");
+    command.setFooter(
         "Example:\n  kovdoa check leak.kov --faults\n\n"
         "Exit status: 0 only if the header and every record are complete.");
-    command->callback([options, &chosen] {
+    command.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return checkRecording(*options, common); };
     });
 }

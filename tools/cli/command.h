@@ -5,11 +5,8 @@
 #include <filesystem>
 #include <functional>
 
+#include "tools/cli/commandsyntax.h"
 #include "tools/support/errors.h"
-
-namespace CLI {
-class App;
-}
 
 namespace kovtools {
 
@@ -27,21 +24,21 @@ using Action = std::function<ExitStatus(const CommonOptions&)>;
 
 // Each adds one command (with its own options and help) to `parent`. When the user chooses it, its action is
 // put into `chosen`, to be run after all arguments have been found right.
-void addSimulateCommand(CLI::App& parent, Action& chosen);
-void addBeamformCommand(CLI::App& parent, Action& chosen);
-void addInfoCommand(CLI::App& parent, Action& chosen);
-void addRenderCommand(CLI::App& parent, Action& chosen);
-void addCheckCommand(CLI::App& parent, Action& chosen);
-void addRecoverCommand(CLI::App& parent, Action& chosen);
-void addListenCommand(CLI::App& parent, Action& chosen);
-void addResampleCommand(CLI::App& parent, Action& chosen);
-void addMixCommand(CLI::App& parent, Action& chosen);
-void addMicCheckCommand(CLI::App& parent, Action& chosen);
-void addPrpdCommand(CLI::App& parent, Action& chosen);
-void addGasLeakCommand(CLI::App& parent, Action& chosen);
-void addPulsesCommand(CLI::App& parent, Action& chosen);
-void addCalibrateCommand(CLI::App& parent, Action& chosen);
-void addTrackCommand(CLI::App& parent, Action& chosen);
+void addSimulateCommand(const CommandSyntax& parent, Action& chosen);
+void addBeamformCommand(const CommandSyntax& parent, Action& chosen);
+void addInfoCommand(const CommandSyntax& parent, Action& chosen);
+void addRenderCommand(const CommandSyntax& parent, Action& chosen);
+void addCheckCommand(const CommandSyntax& parent, Action& chosen);
+void addRecoverCommand(const CommandSyntax& parent, Action& chosen);
+void addListenCommand(const CommandSyntax& parent, Action& chosen);
+void addResampleCommand(const CommandSyntax& parent, Action& chosen);
+void addMixCommand(const CommandSyntax& parent, Action& chosen);
+void addMicCheckCommand(const CommandSyntax& parent, Action& chosen);
+void addPrpdCommand(const CommandSyntax& parent, Action& chosen);
+void addGasLeakCommand(const CommandSyntax& parent, Action& chosen);
+void addPulsesCommand(const CommandSyntax& parent, Action& chosen);
+void addCalibrateCommand(const CommandSyntax& parent, Action& chosen);
+void addTrackCommand(const CommandSyntax& parent, Action& chosen);
 
 }  // namespace kovtools
 

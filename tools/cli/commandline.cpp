@@ -117,13 +117,14 @@ ExitStatus run(const Action& action, const CommonOptions& common)
 // Everything that may be asked for.
 void addCommands(CLI::App& app, CommonOptions& common, Action& action)
 {
+    const CommandSyntax program(&app);
     app.fallthrough();  // common options may stand behind the command too
     app.require_subcommand(1);
     app.set_version_flag("--version", versionText(), "Print the version with build details and exit");
     app.set_help_flag("-h,--help", "Print this help and exit");
     app.add_flag("--no-progress", common.noProgress,
                  "Show no progress bar (there is none without a terminal)");
-    addPath(app, "--log", common.log, "FILE", "Keep the library's log in this file");
+    addPath(program, "--log", common.log, "FILE", "Keep the library's log in this file");
     app.footer(
         "Example:\n"
         "  kovdoa simulate array leak --camera-picture wall.png\n"
@@ -131,21 +132,21 @@ void addCommands(CLI::App& app, CommonOptions& common, Action& action)
         "  kovdoa beamform leak -o leak.kov\n"
         "  kovdoa render leak.kov -o leak.mp4 --camera wall.png\n\n"
         "Exit status: 0 good, 1 bad data, 2 bad usage, 130 interrupted.");
-    addSimulateCommand(app, action);
-    addBeamformCommand(app, action);
-    addInfoCommand(app, action);
-    addRenderCommand(app, action);
-    addCheckCommand(app, action);
-    addRecoverCommand(app, action);
-    addListenCommand(app, action);
-    addResampleCommand(app, action);
-    addMixCommand(app, action);
-    addMicCheckCommand(app, action);
-    addPrpdCommand(app, action);
-    addGasLeakCommand(app, action);
-    addPulsesCommand(app, action);
-    addCalibrateCommand(app, action);
-    addTrackCommand(app, action);
+    addSimulateCommand(program, action);
+    addBeamformCommand(program, action);
+    addInfoCommand(program, action);
+    addRenderCommand(program, action);
+    addCheckCommand(program, action);
+    addRecoverCommand(program, action);
+    addListenCommand(program, action);
+    addResampleCommand(program, action);
+    addMixCommand(program, action);
+    addMicCheckCommand(program, action);
+    addPrpdCommand(program, action);
+    addGasLeakCommand(program, action);
+    addPulsesCommand(program, action);
+    addCalibrateCommand(program, action);
+    addTrackCommand(program, action);
 }
 
 }  // namespace

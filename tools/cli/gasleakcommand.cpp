@@ -1,5 +1,4 @@
 // kovdoa gasleak: leak rates from levels and distances, by a calibration table.
-#include <CLI/CLI.hpp>
 #include <cmath>
 #include <iostream>
 #include <limits>
@@ -152,55 +151,55 @@ ExitStatus measureGasLeak(const GasLeakOptions& options, const CommonOptions& co
     return EXIT_GOOD;
 }
 
-void addStream(CLI::App& command, GasLeakOptions& options)
+void addStream(const CommandSyntax& command, GasLeakOptions& options)
 {
     const auto read = [&options](const std::string& text) {
         if (text.empty()) {
-            throw CLI::ValidationError("MEASUREMENTS", "'' is not a file name");
+            refuse("MEASUREMENTS", "'' is not a file name");
         }
         options.isStandardInput = text == "-";
         options.stream =
             options.isStandardInput ? std::filesystem::path() : absolutePath("MEASUREMENTS", text);
     };
     command
-        .add_option_function<std::string>(
-            "MEASUREMENTS", read, "A file of lines \"distance,level\" in m and dB; - is standard input")
-        ->type_name("FILE|-");
+        .addOption("MEASUREMENTS", read,
+                   "A file of lines \"distance,level\" in m and dB; - is standard input")
+        .kind("FILE|-");
 }
 
-void addOptions(CLI::App& command, GasLeakOptions& options)
+void addOptions(const CommandSyntax& command, GasLeakOptions& options)
 {
     addPath(command, "--table", options.table, "FILE",
             "The calibration table: lines of level, distance, leak rate")
-        ->required();
+        .required();
     addStream(command, options);
     addInteger(command, "--mode", options.mode, 0, lastMode,
                "What the table's leak rate is multiplied by: 0, 1 and 5 by 1, 2 by 4, 3 by 2, 4 by 3");
     addNumber(command, "--distance", options.distance, shortestLeakDistance, longestLeakDistance,
               "Distance to the leak, m")
-        ->default_str("");
+        .shownDefault("");
     addNumber(command, "--level", options.level, lowestLeakLevel, highestLeakLevel,
               "Sound pressure level at the instrument, dB")
-        ->default_str("");
+        .shownDefault("");
     addPath(command, "--plot", options.plot, "OUT.png",
             "Draw the leak rate over the level, for the distance given");
-    command.add_flag("--json", options.json, "Answer in JSON; measurements from a file as a line each");
+    command.addFlag("--json", options.json, "Answer in JSON; measurements from a file as a line each");
 }
 
 }  // namespace
 
-void addGasLeakCommand(CLI::App& parent, Action& chosen)
+void addGasLeakCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command =
-        parent.add_subcommand("gasleak", "Estimate leak rates from levels and distances");
+    const CommandSyntax command =
+        parent.addCommand("gasleak", "Estimate leak rates from levels and distances");
     const auto options = std::make_shared<GasLeakOptions>();
-    addOptions(*command, *options);
-    command->footer(
+    addOptions(command, *options);
+    command.setFooter(
         "Example:\n"
         "  kovdoa simulate gastable table.txt\n"
         "  kovdoa gasleak --table table.txt --distance 2 --level 62 --plot leak.png\n"
         "  kovdoa gasleak --table table.txt --mode 2 measurements.csv");
-    command->callback([options, &chosen] {
+    command.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return measureGasLeak(*options, common); };
     });
 }

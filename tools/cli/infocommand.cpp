@@ -1,5 +1,4 @@
 // kovdoa info: what is in a recording of maps, or of array audio.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 #include <system_error>
@@ -74,21 +73,21 @@ ExitStatus showInfo(const InfoOptions& options, const CommonOptions& common)
 
 }  // namespace
 
-void addInfoCommand(CLI::App& parent, Action& chosen)
+void addInfoCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const info =
-        parent.add_subcommand("info", "Say what is in a recording, or in a folder of array audio");
+    const CommandSyntax info =
+        parent.addCommand("info", "Say what is in a recording, or in a folder of array audio");
     const auto options = std::make_shared<InfoOptions>();
-    addPath(*info, "FILE", options->file, "FILE",
+    addPath(info, "FILE", options->file, "FILE",
             "The recording of maps, or the folder with data-0.wav and so on")
-        ->required();
-    info->add_flag("--json", options->json, "Answer in JSON");
-    addNumber(*info, "--fps", options->frameRate, 0.1, 1000.0,
+        .required();
+    info.addFlag("--json", options->json, "Answer in JSON");
+    addNumber(info, "--fps", options->frameRate, 0.1, 1000.0,
               "Frames per second to assume for the duration: records carry no time");
-    addInteger(*info, "--channels", options->channels, 8, 1024,
+    addInteger(info, "--channels", options->channels, 8, 1024,
                "Channels of a folder of array audio, a multiple of 8");
-    info->footer("Example:\n  kovdoa info leak.kov --json\n  kovdoa info array --channels 208");
-    info->callback([options, &chosen] {
+    info.setFooter("Example:\n  kovdoa info leak.kov --json\n  kovdoa info array --channels 208");
+    info.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return showInfo(*options, common); };
     });
 }

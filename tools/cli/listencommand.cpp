@@ -1,5 +1,4 @@
 // kovdoa listen: ultrasound made audible.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <memory>
@@ -151,35 +150,35 @@ ExitStatus listen(const ListenOptions& options, const CommonOptions& common)
     return EXIT_GOOD;
 }
 
-void addOptions(CLI::App& command, ListenOptions& options)
+void addOptions(const CommandSyntax& command, ListenOptions& options)
 {
     addPath(command, "IN", options.input, "IN",
             "A sound file of 96000 samples per second, or a folder of array audio")
-        ->required();
+        .required();
     addPath(command, "-o,--output", options.output, "OUT.wav", "The WAV file to write, 48000 Hz, 16-bit")
-        ->required();
+        .required();
     addNumber(command, "--base", options.base, lowestBase, highestBase,
               "What becomes 0 Hz, Hz; rounded to steps of 100 Hz");
     addNumber(command, "--volume", options.volume, -60.0, 60.0, "Volume, dB");
     addInteger(command, "--channel", options.channel, 1, mostChannels, "Channel of the file, from 1")
-        ->default_str("the mean of all");
+        .shownDefault("the mean of all");
     addInteger(command, "--microphone", options.microphone, 0, arrayMicrophones - 1,
                "Microphone of a folder: channel j of data-i.wav is 8 i + j, all from 0")
-        ->default_str("0");
+        .shownDefault("0");
 }
 
 }  // namespace
 
-void addListenCommand(CLI::App& parent, Action& chosen)
+void addListenCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command = parent.add_subcommand("listen", "Make ultrasound audible");
+    const CommandSyntax command = parent.addCommand("listen", "Make ultrasound audible");
     const auto options = std::make_shared<ListenOptions>();
-    addOptions(*command, *options);
-    command->footer(
+    addOptions(command, *options);
+    command.setFooter(
         "Example:\n"
         "  kovdoa listen bat.wav -o audible.wav --base 22000 --volume 12\n"
         "  kovdoa listen array --microphone 0 -o leak.wav");
-    command->callback([options, &chosen] {
+    command.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return listen(*options, common); };
     });
 }

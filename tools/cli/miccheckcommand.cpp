@@ -1,5 +1,4 @@
 // kovdoa miccheck: the self-test of the microphone array.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -77,23 +76,23 @@ ExitStatus checkMicrophones(const MicCheckOptions& options, const CommonOptions&
 
 }  // namespace
 
-void addMicCheckCommand(CLI::App& parent, Action& chosen)
+void addMicCheckCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command =
-        parent.add_subcommand("miccheck", "Find the microphones of an array recording that do not work");
+    const CommandSyntax command =
+        parent.addCommand("miccheck", "Find the microphones of an array recording that do not work");
     const auto options = std::make_shared<MicCheckOptions>();
-    addPath(*command, "DIR", options->folder, "DIR", "The folder with data-0.wav to data-25.wav")->required();
-    command->add_flag("--json", options->json, "Answer in JSON");
-    addPath(*command, "--plot", options->plot, "OUT.png",
+    addPath(command, "DIR", options->folder, "DIR", "The folder with data-0.wav to data-25.wav").required();
+    command.addFlag("--json", options->json, "Answer in JSON");
+    addPath(command, "--plot", options->plot, "OUT.png",
             "Also draw the array with the microphones that fail");
-    command->add_flag("--no-placement", options->withoutPlacement,
-                      "Do not compare with the documented geometry; for recordings of another one");
-    command->footer(
+    command.addFlag("--no-placement", options->withoutPlacement,
+                    "Do not compare with the documented geometry; for recordings of another one");
+    command.setFooter(
         "Microphones have the numbers of the recording: channel j of data-i.wav is 8 i + j, all from 0.\n"
         "Exit status 1 when a microphone fails.\n\n"
         "Example:\n"
         "  kovdoa miccheck array --plot array.png");
-    command->callback([options, &chosen] {
+    command.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return checkMicrophones(*options, common); };
     });
 }

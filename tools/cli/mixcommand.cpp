@@ -1,5 +1,4 @@
 // kovdoa mix: several sounds in one file.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iomanip>
 #include <iostream>
@@ -155,20 +154,20 @@ ExitStatus mixSounds(const MixOptions& options, const CommonOptions& common)
 
 }  // namespace
 
-void addMixCommand(CLI::App& parent, Action& chosen)
+void addMixCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command =
-        parent.add_subcommand("mix", "Mix several sound files, or the channels of one, into one channel");
+    const CommandSyntax command =
+        parent.addCommand("mix", "Mix several sound files, or the channels of one, into one channel");
     const auto options = std::make_shared<MixOptions>();
-    addPaths(*command, "IN", options->inputs, "IN...", "The sound files; every channel of each is mixed")
-        ->required();
-    addPath(*command, "-o,--output", options->output, "OUT.wav", "The WAV file to write, 16-bit")->required();
-    command->add_flag("--float", options->asFloat, "Write 32-bit float samples");
-    command->footer(
+    addPaths(command, "IN", options->inputs, "IN...", "The sound files; every channel of each is mixed")
+        .required();
+    addPath(command, "-o,--output", options->output, "OUT.wav", "The WAV file to write, 16-bit").required();
+    command.addFlag("--float", options->asFloat, "Write 32-bit float samples");
+    command.setFooter(
         "Example:\n"
         "  kovdoa mix left.wav right.wav -o both.wav\n"
         "  kovdoa mix array/data-0.wav -o eight.wav --float");
-    command->callback([options, &chosen] {
+    command.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return mixSounds(*options, common); };
     });
 }

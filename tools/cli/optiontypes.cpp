@@ -27,7 +27,7 @@ std::optional<Number> parse(std::string_view text)
 
 [[noreturn]] void reject(const std::string& name, const std::string& text, const std::string& expected)
 {
-    throw CLI::ValidationError(name.substr(name.rfind(',') + 1), "'" + text + "' is not " + expected);
+    refuse(name.substr(name.rfind(',') + 1), "'" + text + "' is not " + expected);
 }
 
 std::string plain(double value)
@@ -93,8 +93,8 @@ std::filesystem::path absolutePath(const std::string& name, const std::string& t
     std::error_code error;
     const std::filesystem::path whole = std::filesystem::absolute(text, error);
     if (error) {
-        throw CLI::ValidationError(name.substr(name.rfind(',') + 1),
-                                   "'" + text + "' cannot be found: the working directory is gone");
+        refuse(name.substr(name.rfind(',') + 1),
+               "'" + text + "' cannot be found: the working directory is gone");
     }
     std::filesystem::path path;
     for (const std::filesystem::path& part : whole) {
@@ -107,7 +107,7 @@ std::filesystem::path absolutePath(const std::string& name, const std::string& t
 
 const SizeBounds pictureBounds{cv::Size(160, 120), cv::Size(7680, 4320)};
 
-CLI::Option* addInteger(CLI::App& app, const std::string& name, int& target, int low, int high,
+OptionSyntax addInteger(const CommandSyntax& command, const std::string& name, int& target, int low, int high,
                         const std::string& help)
 {
     const auto read = [&target, name, low, high](const std::string& text) {
@@ -117,12 +117,11 @@ CLI::Option* addInteger(CLI::App& app, const std::string& name, int& target, int
         }
         target = *value;
     };
-    return app.add_option_function<std::string>(name, read, help)
-        ->type_name("N")
-        ->default_str(std::to_string(target));
+    return command.addOption(name, read, help).kind("N").shownDefault(std::to_string(target));
 }
 
-CLI::Option* addSeed(CLI::App& app, const std::string& name, std::uint64_t& target, const std::string& help)
+OptionSyntax addSeed(const CommandSyntax& command, const std::string& name, std::uint64_t& target,
+                     const std::string& help)
 {
     const auto read = [&target, name](const std::string& text) {
         const std::optional<std::uint64_t> value = parse<std::uint64_t>(text);
@@ -131,13 +130,11 @@ CLI::Option* addSeed(CLI::App& app, const std::string& name, std::uint64_t& targ
         }
         target = *value;
     };
-    return app.add_option_function<std::string>(name, read, help)
-        ->type_name("N")
-        ->default_str(std::to_string(target));
+    return command.addOption(name, read, help).kind("N").shownDefault(std::to_string(target));
 }
 
-CLI::Option* addNumber(CLI::App& app, const std::string& name, double& target, double low, double high,
-                       const std::string& help)
+OptionSyntax addNumber(const CommandSyntax& command, const std::string& name, double& target, double low,
+                       double high, const std::string& help)
 {
     const auto read = [&target, name, low, high](const std::string& text) {
         const std::optional<double> value = parse<double>(text);
@@ -146,11 +143,11 @@ CLI::Option* addNumber(CLI::App& app, const std::string& name, double& target, d
         }
         target = *value;
     };
-    return app.add_option_function<std::string>(name, read, help)->type_name("X")->default_str(plain(target));
+    return command.addOption(name, read, help).kind("X").shownDefault(plain(target));
 }
 
-CLI::Option* addSize(CLI::App& app, const std::string& name, cv::Size& target, const SizeBounds& bounds,
-                     const std::string& kind, const std::string& help)
+OptionSyntax addSize(const CommandSyntax& command, const std::string& name, cv::Size& target,
+                     const SizeBounds& bounds, const std::string& kind, const std::string& help)
 {
     const auto read = [&target, name, bounds, kind](const std::string& text) {
         const std::optional<cv::Size> value = parseSize(text);
@@ -160,14 +157,14 @@ CLI::Option* addSize(CLI::App& app, const std::string& name, cv::Size& target, c
         }
         target = *value;
     };
-    CLI::Option* const option = app.add_option_function<std::string>(name, read, help)->type_name(kind);
+    const OptionSyntax option = command.addOption(name, read, help).kind(kind);
     if (!target.empty()) {
-        option->default_str(sizeText(target));
+        option.shownDefault(sizeText(target));
     }
     return option;
 }
 
-CLI::Option* addPath(CLI::App& app, const std::string& name, std::filesystem::path& target,
+OptionSyntax addPath(const CommandSyntax& command, const std::string& name, std::filesystem::path& target,
                      const std::string& kind, const std::string& help)
 {
     const auto read = [&target, name](const std::string& text) {
@@ -176,11 +173,12 @@ CLI::Option* addPath(CLI::App& app, const std::string& name, std::filesystem::pa
         }
         target = absolutePath(name, text);
     };
-    return app.add_option_function<std::string>(name, read, help)->type_name(kind);
+    return command.addOption(name, read, help).kind(kind);
 }
 
-CLI::Option* addPaths(CLI::App& app, const std::string& name, std::vector<std::filesystem::path>& target,
-                      const std::string& kind, const std::string& help)
+OptionSyntax addPaths(const CommandSyntax& command, const std::string& name,
+                      std::vector<std::filesystem::path>& target, const std::string& kind,
+                      const std::string& help)
 {
     const auto read = [&target, name](const std::vector<std::string>& texts) {
         for (const std::string& text : texts) {
@@ -190,10 +188,10 @@ CLI::Option* addPaths(CLI::App& app, const std::string& name, std::vector<std::f
             target.push_back(absolutePath(name, text));
         }
     };
-    return app.add_option_function<std::vector<std::string>>(name, read, help)->type_name(kind);
+    return command.addOptionOfMany(name, read, help).kind(kind);
 }
 
-CLI::Option* addFrameRange(CLI::App& app, const std::string& name, FrameRange& target,
+OptionSyntax addFrameRange(const CommandSyntax& command, const std::string& name, FrameRange& target,
                            const std::string& help)
 {
     const auto read = [&target, name](const std::string& text) {
@@ -203,7 +201,7 @@ CLI::Option* addFrameRange(CLI::App& app, const std::string& name, FrameRange& t
         }
         target = *range;
     };
-    return app.add_option_function<std::string>(name, read, help)->type_name("A:B");
+    return command.addOption(name, read, help).kind("A:B");
 }
 
 }  // namespace kovtools

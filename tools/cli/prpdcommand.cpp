@@ -1,5 +1,4 @@
 // kovdoa prpd: which partial discharge a recording is of.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -103,7 +102,7 @@ ExitStatus analyse(const PrpdOptions& options, const CommonOptions& common)
     return EXIT_GOOD;
 }
 
-void addOptions(CLI::App& command, PrpdOptions& options)
+void addOptions(const CommandSyntax& command, PrpdOptions& options)
 {
     // Not required as far as the parser goes: the command below this one has no such file.
     addPath(command, "FILE", options.input.file, "FILE", "A sound file of 96000 samples per second");
@@ -112,42 +111,39 @@ void addOptions(CLI::App& command, PrpdOptions& options)
     addPath(command, "--models", options.models, "DIR",
             "Folder of the classifier's model files (default: models learned from simulated signals)");
     addPath(command, "--plot", options.plot, "OUT.png", "Draw the phase-resolved picture");
-    command.add_flag("--json", options.json, "Answer in JSON");
+    command.addFlag("--json", options.json, "Answer in JSON");
 }
 
 // Training has options of its own, some of them of the same name; what stands before its name would be lost.
-void refuseOptions(const CLI::App& command)
+void refuseOptions(const const CommandSyntax& command)
 {
-    for (const CLI::Option* const option : command.get_options()) {
-        if (option->count() > 0) {
-            throw CLI::ValidationError(option->get_name(),
-                                       "is for the analysis; options of the training stand "
-                                       "behind 'train'");
-        }
+    const std::vector<std::string> given = command.givenOptions();
+    if (!given.empty()) {
+        refuse(given.front(), "is for the analysis; options of the training stand behind 'train'");
     }
 }
 
 }  // namespace
 
-void addPrpdCommand(CLI::App& parent, Action& chosen)
+void addPrpdCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command =
-        parent.add_subcommand("prpd", "Say which kind of partial discharge a recording is of");
+    const CommandSyntax command =
+        parent.addCommand("prpd", "Say which kind of partial discharge a recording is of");
     const auto options = std::make_shared<PrpdOptions>();
-    addOptions(*command, *options);
-    addPrpdTrainCommand(*command, chosen);
-    command->footer(
+    addOptions(command, *options);
+    addPrpdTrainCommand(command, chosen);
+    command.setFooter(
         "Example:\n"
         "  kovdoa prpd switchgear.wav --mains 50 --plot switchgear.png\n"
         "  kovdoa prpd train --surface s1.wav s2.wav --suspension f1.wav f2.wav -o models\n"
         "  kovdoa prpd switchgear.wav --models models");
-    command->callback([options, command, &chosen] {
-        if (!command->get_subcommands().empty()) {
-            refuseOptions(*command);
+    command.whenChosen([options, command, &chosen] {
+        if (command.hasChosenCommand()) {
+            refuseOptions(command);
             return;
         }
         if (options->input.file.empty()) {
-            throw CLI::ValidationError("FILE", "a sound file is needed");
+            refuse("FILE", "a sound file is needed");
         }
         chosen = [options](const CommonOptions& common) { return analyse(*options, common); };
     });

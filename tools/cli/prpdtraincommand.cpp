@@ -1,7 +1,6 @@
 // kovdoa prpd train: models of surface and suspension discharges, learned from recordings.
 #include "tools/cli/prpdtraincommand.h"
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <iostream>
 #include <memory>
@@ -124,12 +123,11 @@ void checkEnough(const std::vector<TrainingRecording>& recordings)
 
 std::string modelLine(const char* name, const TrainedModel& model)
 {
-    char accuracy[32];
-    std::snprintf(accuracy, sizeof accuracy, "%.1f", 100.0 * model.accuracy);
+    char learned[96];
+    std::snprintf(learned, sizeof learned, "gamma %g, C %g, cross-validated accuracy %.1f %%",
+                  model.vectors.gamma, model.cost, 100.0 * model.accuracy);
     return std::string(name) + ": " + counted(static_cast<int>(model.vectors.vectors.size()), "vector") +
-           " from " + counted(model.patterns, "pattern") + ", gamma " +
-           CLI::detail::to_string(model.vectors.gamma) + ", C " + CLI::detail::to_string(model.cost) +
-           ", cross-validated accuracy " + accuracy + " %";
+           " from " + counted(model.patterns, "pattern") + ", " + learned;
 }
 
 void makeFolder(const fs::path& folder)
@@ -176,13 +174,13 @@ ExitStatus train(const TrainOptions& options, const CommonOptions& common)
     return EXIT_GOOD;
 }
 
-void addFiles(CLI::App& command, const std::string& name, std::vector<std::string>& files,
+void addFiles(const CommandSyntax& command, const std::string& name, std::vector<std::string>& files,
               const std::string& help)
 {
-    command.add_option(name, files, help)->type_name("FILES")->expected(1, -1);
+    command.addOptionOfMany(name, files, help).kind("FILES");
 }
 
-void addOptions(CLI::App& command, TrainOptions& options)
+void addOptions(const CommandSyntax& command, TrainOptions& options)
 {
     addFiles(command, "--surface", options.surface, "Recordings of discharges along a surface");
     addFiles(command, "--suspension", options.suspension, "Recordings of discharges of floating parts");
@@ -192,26 +190,26 @@ void addOptions(CLI::App& command, TrainOptions& options)
              "More of them, at 60 Hz mains whatever --mains is");
     addSoundChannel(command, options.channel);
     addPath(command, "-o,--output", options.output, "DIR", "Folder for the model files; made if missing")
-        ->required();
+        .required();
 }
 
 }  // namespace
 
-void addPrpdTrainCommand(CLI::App& parent, Action& chosen)
+void addPrpdTrainCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command =
-        parent.add_subcommand("train", "Learn to tell surface from suspension discharges, from recordings");
+    const CommandSyntax command =
+        parent.addCommand("train", "Learn to tell surface from suspension discharges, from recordings");
     const auto options = std::make_shared<TrainOptions>();
-    addOptions(*command, *options);
-    command->footer(
+    addOptions(command, *options);
+    command.setFooter(
         "Example:\n"
         "  kovdoa prpd train --surface s1.wav s2.wav --suspension f1.wav f2.wav -o models");
-    command->callback([options, &chosen] {
+    command.whenChosen([options, &chosen] {
         if (options->surface.empty() && options->surface60.empty()) {
-            throw CLI::ValidationError("--surface", "recordings are needed");
+            refuse("--surface", "recordings are needed");
         }
         if (options->suspension.empty() && options->suspension60.empty()) {
-            throw CLI::ValidationError("--suspension", "recordings are needed");
+            refuse("--suspension", "recordings are needed");
         }
         chosen = [options](const CommonOptions& common) { return train(*options, common); };
     });

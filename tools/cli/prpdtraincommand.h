@@ -6,7 +6,7 @@
 
 namespace kovtools {
 
-void addPrpdTrainCommand(CLI::App& parent, Action& chosen);
+void addPrpdTrainCommand(const CommandSyntax& parent, Action& chosen);
 
 }  // namespace kovtools
 

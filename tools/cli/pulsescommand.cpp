@@ -1,5 +1,4 @@
 // kovdoa pulses: short bursts in a sound.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -174,28 +173,28 @@ ExitStatus searchPulses(const PulsesOptions& options, const CommonOptions& commo
     return EXIT_GOOD;
 }
 
-void addOptions(CLI::App& command, PulsesOptions& options)
+void addOptions(const CommandSyntax& command, PulsesOptions& options)
 {
-    addPath(command, "IN", options.input, "IN.wav", "The sound")->required();
+    addPath(command, "IN", options.input, "IN.wav", "The sound").required();
     addPath(command, "-o,--output", options.output, "OUT.wav",
             "Write the strongest burst of each buffer, all channels, one segment behind the other");
     addInteger(command, "--channel", options.channel, 1, mostChannels,
                "The channel that is searched, from 1");
     addInteger(command, "--segment", options.segment, shortestSegment, longestSegment,
                "Length of a segment in samples; the burst's highest sample is at three quarters");
-    command.add_flag("--json", options.json, "Answer in JSON");
+    command.addFlag("--json", options.json, "Answer in JSON");
 }
 
 }  // namespace
 
-void addPulsesCommand(CLI::App& parent, Action& chosen)
+void addPulsesCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command =
-        parent.add_subcommand("pulses", "Count short bursts in a sound and cut them out");
+    const CommandSyntax command =
+        parent.addCommand("pulses", "Count short bursts in a sound and cut them out");
     const auto options = std::make_shared<PulsesOptions>();
-    addOptions(*command, *options);
-    command->footer("Example:\n  kovdoa pulses discharge.wav --channel 2 -o bursts.wav --segment 512");
-    command->callback([options, &chosen] {
+    addOptions(command, *options);
+    command.setFooter("Example:\n  kovdoa pulses discharge.wav --channel 2 -o bursts.wav --segment 512");
+    command.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return searchPulses(*options, common); };
     });
 }

@@ -1,5 +1,4 @@
 // kovdoa recover: a whole recording from a damaged one.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 
@@ -46,17 +45,17 @@ ExitStatus recover(const RecoverOptions& options, const CommonOptions& common)
 
 }  // namespace
 
-void addRecoverCommand(CLI::App& parent, Action& chosen)
+void addRecoverCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command =
-        parent.add_subcommand("recover", "Copy every complete record of a damaged recording into a new one");
+    const CommandSyntax command =
+        parent.addCommand("recover", "Copy every complete record of a damaged recording into a new one");
     const auto options = std::make_shared<RecoverOptions>();
-    addPath(*command, "FILE", options->file, "FILE", "The recording of maps; it stays as it is")->required();
-    addPath(*command, "-o,--output", options->output, "OUT", "The new recording")->required();
-    command->footer(
+    addPath(command, "FILE", options->file, "FILE", "The recording of maps; it stays as it is").required();
+    addPath(command, "-o,--output", options->output, "OUT", "The new recording").required();
+    command.setFooter(
         "Example:\n  kovdoa recover cut.kov -o whole.kov\n\n"
         "Exit status: 0 if nothing had to be left out, 1 otherwise, also when OUT has been written.");
-    command->callback([options, &chosen] {
+    command.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return recover(*options, common); };
     });
 }

@@ -1,5 +1,4 @@
 // kovdoa render: pictures and videos of a recording.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <memory>
@@ -118,7 +117,7 @@ ExitStatus renderRecording(const RenderCommandOptions& options, const CommonOpti
     return EXIT_GOOD;
 }
 
-void addPalette(CLI::App& command, int& palette)
+void addPalette(const CommandSyntax& command, int& palette)
 {
     const auto read = [&palette](const std::string& text) {
         if (text == "rainbow" || text == "0") {
@@ -128,16 +127,15 @@ void addPalette(CLI::App& command, int& palette)
         } else if (text == "grey" || text == "gray" || text == "2") {
             palette = 2;
         } else {
-            throw CLI::ValidationError("--palette",
-                                       "'" + text + "' is not one of rainbow, hot, grey (or 0, 1, 2)");
+            refuse("--palette", "'" + text + "' is not one of rainbow, hot, grey (or 0, 1, 2)");
         }
     };
-    command.add_option_function<std::string>("--palette", read, "rainbow (0), hot (1, bryw) or grey (2)")
-        ->type_name("NAME")
-        ->default_str("rainbow");
+    command.addOption("--palette", read, "rainbow (0), hot (1, bryw) or grey (2)")
+        .kind("NAME")
+        .shownDefault("rainbow");
 }
 
-void addColourOptions(CLI::App& command, RenderOptions& render)
+void addColourOptions(const CommandSyntax& command, RenderOptions& render)
 {
     addPalette(command, render.palette);
     addNumber(command, "--dynamic", render.dynamicRange, 0.1, 120.0, "Dynamic range of the colours, dB");
@@ -148,26 +146,26 @@ void addColourOptions(CLI::App& command, RenderOptions& render)
     addNumber(command, "--blend", render.blend, 0.0, 1.0, "Share of the colours over the camera picture");
 }
 
-void addRegionOptions(CLI::App& command, RenderOptions& render)
+void addRegionOptions(const CommandSyntax& command, RenderOptions& render)
 {
     addInteger(command, "--radius", render.radius, 0, 100000, "Radius of the region of interest (0: none)");
     addSize(command, "--radius-size", render.radiusSize, {cv::Size(1, 1), cv::Size(65535, 65535)}, "PxQ",
             "What the radius is measured against (default: the picture, so the radius is in pixels)");
-    command.add_flag("--outside", render.outside, "Colour outside the region too");
+    command.addFlag("--outside", render.outside, "Colour outside the region too");
     addInteger(command, "--cursors", render.cursors, 0, 1000, "Number of cursors");
-    command.add_flag("--several-cursors", render.severalCursors,
-                     "Show the map as bumps around the cursors only");
+    command.addFlag("--several-cursors", render.severalCursors,
+                    "Show the map as bumps around the cursors only");
     addNumber(command, "--image-scale", render.imageScale, 0.01, 1000.0,
               "Zoom of the camera picture, which the region follows");
 }
 
-void addOptions(CLI::App& command, RenderCommandOptions& options)
+void addOptions(const CommandSyntax& command, RenderCommandOptions& options)
 {
     RenderOptions& render = options.render;
-    addPath(command, "FILE", options.file, "FILE", "The recording")->required();
+    addPath(command, "FILE", options.file, "FILE", "The recording").required();
     addPath(command, "-o,--output", options.output, "OUT",
             "A folder for PNG files, or a name ending in .mp4 or .avi")
-        ->required();
+        .required();
     addFrameRange(command, "--frames", options.frames,
                   "Frames to render, from 1, both ends included (default: all)");
     addSize(command, "--picture", render.picture, pictureBounds, "WIDTHxHEIGHT",
@@ -176,8 +174,8 @@ void addOptions(CLI::App& command, RenderCommandOptions& options)
     addPath(command, "--camera", options.camera, "FILE", "Camera picture, stretched to the picture size");
     addPath(command, "--contact-sheet", options.contactSheet, "FILE.png",
             "Also write one picture of a dozen evenly spread frames");
-    command.add_flag("--plain", render.plain, "No marks, no colour bar, no text");
-    command.add_flag("--track", render.track, "Mark the tracks of peaks with their identities");
+    command.addFlag("--plain", render.plain, "No marks, no colour bar, no text");
+    command.addFlag("--track", render.track, "Mark the tracks of peaks with their identities");
     addInteger(command, "--strongest", render.trackedPeaks, 0, 100000,
                "Peaks of a frame that are followed, the strongest ones (0: all)");
     addColourOptions(command, render);
@@ -186,16 +184,16 @@ void addOptions(CLI::App& command, RenderCommandOptions& options)
 
 }  // namespace
 
-void addRenderCommand(CLI::App& parent, Action& chosen)
+void addRenderCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command = parent.add_subcommand("render", "Make pictures or a video of a recording");
+    const CommandSyntax command = parent.addCommand("render", "Make pictures or a video of a recording");
     const auto options = std::make_shared<RenderCommandOptions>();
-    addOptions(*command, *options);
-    command->footer(
+    addOptions(command, *options);
+    command.setFooter(
         "Example:\n"
         "  kovdoa render leak.kov -o leak.mp4 --camera wall.png --dynamic 12 --cursors 3\n"
         "  kovdoa render leak.kov -o frames --frames 1:10 --radius 120 --outside");
-    command->callback([options, &chosen] {
+    command.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return renderRecording(*options, common); };
     });
 }

@@ -1,5 +1,4 @@
 // kovdoa resample: a sound file at another sample rate.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -96,7 +95,7 @@ ExitStatus resample(const ResampleOptions& options, const CommonOptions& common)
     return EXIT_GOOD;
 }
 
-void addFormat(CLI::App& command, std::optional<SampleFormat>& format)
+void addFormat(const CommandSyntax& command, std::optional<SampleFormat>& format)
 {
     const auto read = [&format](const std::string& text) {
         if (text == "16") {
@@ -106,26 +105,26 @@ void addFormat(CLI::App& command, std::optional<SampleFormat>& format)
         } else if (text == "float") {
             format = SampleFormat::Float32;
         } else {
-            throw CLI::ValidationError("--format", "'" + text + "' is not one of 16, 24, float");
+            refuse("--format", "'" + text + "' is not one of 16, 24, float");
         }
     };
-    command.add_option_function<std::string>("--format", read, "Samples of the output: 16, 24 or float")
-        ->type_name("NAME")
-        ->default_str("as in the input");
+    command.addOption("--format", read, "Samples of the output: 16, 24 or float")
+        .kind("NAME")
+        .shownDefault("as in the input");
 }
 
-void addOptions(CLI::App& command, ResampleOptions& options)
+void addOptions(const CommandSyntax& command, ResampleOptions& options)
 {
     ResamplingOptions& resampling = options.resampling;
-    addPath(command, "IN", options.input, "IN", "The sound file")->required();
-    addPath(command, "-o,--output", options.output, "OUT.wav", "The WAV file to write")->required();
+    addPath(command, "IN", options.input, "IN", "The sound file").required();
+    addPath(command, "-o,--output", options.output, "OUT.wav", "The WAV file to write").required();
     addInteger(command, "--rate", resampling.outputRate, 1000, 768000, "Sample rate of the output, Hz")
-        ->default_str("")
-        ->required();
+        .shownDefault("")
+        .required();
     addNumber(command, "--gain", resampling.gain, -120.0, 120.0, "Gain, dB");
-    command.add_flag("--remove-aliasing", resampling.aliasing,
-                     "The library's flag of that name: a high-pass at 10 Hz (input at 96000 Hz only)");
-    command.add_flag(
+    command.addFlag("--remove-aliasing", resampling.aliasing,
+                    "The library's flag of that name: a high-pass at 10 Hz (input at 96000 Hz only)");
+    command.addFlag(
         "--remove-dc", resampling.dc,
         "The library's flag of that name: a low-pass at the output rate (input at 96000 Hz only)");
     addFormat(command, options.format);
@@ -133,16 +132,16 @@ void addOptions(CLI::App& command, ResampleOptions& options)
 
 }  // namespace
 
-void addResampleCommand(CLI::App& parent, Action& chosen)
+void addResampleCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command =
-        parent.add_subcommand("resample", "Change the sample rate of a sound file by picking samples");
+    const CommandSyntax command =
+        parent.addCommand("resample", "Change the sample rate of a sound file by picking samples");
     const auto options = std::make_shared<ResampleOptions>();
-    addOptions(*command, *options);
-    command->footer(
+    addOptions(command, *options);
+    command.setFooter(
         "Example:\n"
         "  kovdoa resample bat.wav -o half.wav --rate 48000 --gain 6");
-    command->callback([options, &chosen] {
+    command.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return resample(*options, common); };
     });
 }

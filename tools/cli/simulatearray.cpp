@@ -1,5 +1,4 @@
 // kovdoa simulate array: the audio of every microphone of an array.
-#include <CLI/CLI.hpp>
 #include <cmath>
 #include <iostream>
 #include <memory>
@@ -150,17 +149,16 @@ ExitStatus simulateArray(const SimulateArrayOptions& options, const CommonOption
     return EXIT_GOOD;
 }
 
-// May be given several times, with one value each time.
-void addList(CLI::App& command, const std::string& name, std::vector<std::string>& target,
+void addList(const CommandSyntax& command, const std::string& name, std::vector<std::string>& target,
              const std::string& kind, const std::string& help)
 {
-    command.add_option(name, target, help)->type_name(kind)->allow_extra_args(false)->take_all();
+    command.addRepeatedOption(name, target, help).kind(kind);
 }
 
-void addOptions(CLI::App& command, SimulateArrayOptions& options)
+void addOptions(const CommandSyntax& command, SimulateArrayOptions& options)
 {
     addPath(command, "OUT_DIR", options.output, "OUT_DIR", "The folder for the WAV files; made if missing")
-        ->required();
+        .required();
     addNumber(command, "--seconds", options.seconds, 0.001, longestSeconds, "Length of the recording");
     addList(command, "--source", options.sources, "KIND@AZ,EL,DIST[,PA[,HZ]]",
             "A source: leak, tone or pulses, degrees to the right and up, metres, level at 1 m, frequency "
@@ -181,17 +179,17 @@ void addOptions(CLI::App& command, SimulateArrayOptions& options)
 
 }  // namespace
 
-void addSimulateArrayCommand(CLI::App& parent, Action& chosen)
+void addSimulateArrayCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command = parent.add_subcommand(
+    const CommandSyntax command = parent.addCommand(
         "array", "Record the audio of every microphone of the array, as a folder of WAV files");
     const auto options = std::make_shared<SimulateArrayOptions>();
-    addOptions(*command, *options);
-    command->footer(
+    addOptions(command, *options);
+    command.setFooter(
         "Example:\n"
         "  kovdoa simulate array leak --seconds 4 --camera-picture wall.png\n"
         "  kovdoa simulate array tone --source tone@20,5,3,0.1,25000 --dead 17 --swap 3:77");
-    command->callback([options, &chosen] {
+    command.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return simulateArray(*options, common); };
     });
 }

@@ -6,10 +6,10 @@
 
 namespace kovtools {
 
-void addSimulateSceneCommand(CLI::App& parent, Action& chosen);
-void addSimulateArrayCommand(CLI::App& parent, Action& chosen);
-void addSimulatePdCommand(CLI::App& parent, Action& chosen);
-void addSimulateGasTableCommand(CLI::App& parent, Action& chosen);
+void addSimulateSceneCommand(const CommandSyntax& parent, Action& chosen);
+void addSimulateArrayCommand(const CommandSyntax& parent, Action& chosen);
+void addSimulatePdCommand(const CommandSyntax& parent, Action& chosen);
+void addSimulateGasTableCommand(const CommandSyntax& parent, Action& chosen);
 
 }  // namespace kovtools
 

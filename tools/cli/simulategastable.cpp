@@ -1,5 +1,4 @@
 // kovdoa simulate gastable: a calibration table for the gas-leak mode.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 
@@ -50,10 +49,10 @@ ExitStatus simulateGasTable(const GasTableOptions& options, const CommonOptions&
     return EXIT_GOOD;
 }
 
-void addOptions(CLI::App& command, GasTableOptions& options)
+void addOptions(const CommandSyntax& command, GasTableOptions& options)
 {
     LeakTableOptions& table = options.table;
-    addPath(command, "OUT", options.output, "OUT", "The table")->required();
+    addPath(command, "OUT", options.output, "OUT", "The table").required();
     addNumber(command, "--lowest", table.lowestLevel, 0.0, 200.0, "Lowest sound power level, dB re 1 pW");
     addNumber(command, "--highest", table.highestLevel, 0.0, 200.0, "Highest sound power level, dB");
     addNumber(command, "--nearest", table.nearest, 0.1, 1000.0, "Shortest distance, m");
@@ -65,14 +64,14 @@ void addOptions(CLI::App& command, GasTableOptions& options)
 
 }  // namespace
 
-void addSimulateGasTableCommand(CLI::App& parent, Action& chosen)
+void addSimulateGasTableCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command =
-        parent.add_subcommand("gastable", "Write a plausible calibration table for gas leaks");
+    const CommandSyntax command =
+        parent.addCommand("gastable", "Write a plausible calibration table for gas leaks");
     const auto options = std::make_shared<GasTableOptions>();
-    addOptions(*command, *options);
-    command->footer("Example:\n  kovdoa simulate gastable table.txt --farthest 20");
-    command->callback([options, &chosen] {
+    addOptions(command, *options);
+    command.setFooter("Example:\n  kovdoa simulate gastable table.txt --farthest 20");
+    command.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return simulateGasTable(*options, common); };
     });
 }

@@ -1,5 +1,4 @@
 // kovdoa simulate pd: partial discharges as an ultrasonic microphone hears them.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <iostream>
@@ -62,7 +61,7 @@ ExitStatus simulatePd(const SimulatePdOptions& options, const CommonOptions& com
     return EXIT_GOOD;
 }
 
-void addType(CLI::App& command, DischargeKind& kind)
+void addType(const CommandSyntax& command, DischargeKind& kind)
 {
     const auto read = [&kind](const std::string& text) {
         for (const DischargeKind one : allDischargeKinds) {
@@ -71,20 +70,17 @@ void addType(CLI::App& command, DischargeKind& kind)
                 return;
             }
         }
-        throw CLI::ValidationError("--type",
-                                   "'" + text + "' is not one of corona, surface, suspension, noise");
+        refuse("--type", "'" + text + "' is not one of corona, surface, suspension, noise");
     };
-    command
-        .add_option_function<std::string>("--type", read,
-                                          "What discharges: corona, surface, suspension or noise")
-        ->type_name("NAME")
-        ->required();
+    command.addOption("--type", read, "What discharges: corona, surface, suspension or noise")
+        .kind("NAME")
+        .required();
 }
 
-void addOptions(CLI::App& command, SimulatePdOptions& options)
+void addOptions(const CommandSyntax& command, SimulatePdOptions& options)
 {
     DischargeSignalOptions& signal = options.signal;
-    addPath(command, "OUT", options.output, "OUT.wav", "The WAV file to write")->required();
+    addPath(command, "OUT", options.output, "OUT.wav", "The WAV file to write").required();
     addType(command, signal.kind);
     addMains(command, signal.mains);
     addNumber(command, "--seconds", options.seconds, 0.001, 3600.0, "Length of the recording, s");
@@ -100,16 +96,16 @@ void addOptions(CLI::App& command, SimulatePdOptions& options)
 
 }  // namespace
 
-void addSimulatePdCommand(CLI::App& parent, Action& chosen)
+void addSimulatePdCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command =
-        parent.add_subcommand("pd", "Record a partial discharge as an ultrasonic microphone hears it");
+    const CommandSyntax command =
+        parent.addCommand("pd", "Record a partial discharge as an ultrasonic microphone hears it");
     const auto options = std::make_shared<SimulatePdOptions>();
-    addOptions(*command, *options);
-    command->footer(
+    addOptions(command, *options);
+    command.setFooter(
         "Example:\n"
         "  kovdoa simulate pd corona.wav --type corona --mains 50 --seconds 5 --seed 7");
-    command->callback([options, &chosen] {
+    command.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return simulatePd(*options, common); };
     });
 }

@@ -1,5 +1,4 @@
 // kovdoa simulate scene: recordings of moving leaks.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -84,11 +83,11 @@ ExitStatus simulateScene(const SimulateOptions& options, const CommonOptions& co
     return EXIT_GOOD;
 }
 
-void addOptions(CLI::App& command, SimulateOptions& options)
+void addOptions(const CommandSyntax& command, SimulateOptions& options)
 {
     SceneOptions& scene = options.scene;
     const SizeBounds mapBounds{cv::Size(4, 4), cv::Size(512, 512)};
-    addPath(command, "OUT", options.output, "FILE", "The recording to write")->required();
+    addPath(command, "OUT", options.output, "FILE", "The recording to write").required();
     addInteger(command, "--frames", scene.frames, 1, 1000000, "Number of frames");
     addSize(command, "--map", options.map, mapBounds, "ROWSxCOLS", "Size of the energy maps");
     addInteger(command, "--sources", scene.sources, 0, 26, "Number of moving sources");
@@ -99,7 +98,7 @@ void addOptions(CLI::App& command, SimulateOptions& options)
             "Size of the camera picture");
     addInteger(command, "--fft-length", scene.fftLength, 64, 65536, "FFT length of the spectra, samples");
     addNumber(command, "--fps", scene.frameRate, 0.1, 1000.0, "Frames per second, by which the sources move");
-    command.add_flag("--peaks", options.peaks, "Store the peaks of each frame, with identities");
+    command.addFlag("--peaks", options.peaks, "Store the peaks of each frame, with identities");
     addPath(command, "--camera-picture", options.cameraPicture, "OUT.png",
             "Draw the camera's picture of the scene");
     addPath(command, "--truth", options.truth, "OUT.json", "Write where the sources are in each frame");
@@ -107,16 +106,16 @@ void addOptions(CLI::App& command, SimulateOptions& options)
 
 }  // namespace
 
-void addSimulateSceneCommand(CLI::App& parent, Action& chosen)
+void addSimulateSceneCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const scene =
-        parent.add_subcommand("scene", "Record moving leaks as an array of 208 microphones hears them");
+    const CommandSyntax scene =
+        parent.addCommand("scene", "Record moving leaks as an array of 208 microphones hears them");
     const auto options = std::make_shared<SimulateOptions>();
-    addOptions(*scene, *options);
-    scene->footer(
+    addOptions(scene, *options);
+    scene.setFooter(
         "Example:\n"
         "  kovdoa simulate scene leak.kov --frames 150 --sources 3 --camera-picture wall.png");
-    scene->callback([options, &chosen] {
+    scene.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return simulateScene(*options, common); };
     });
 }

@@ -1,5 +1,4 @@
 // kovdoa track: identities of the sources of a recording over time.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -120,9 +119,9 @@ ExitStatus trackPeaks(const TrackOptions& options, const CommonOptions& common)
     return EXIT_GOOD;
 }
 
-void addOptions(CLI::App& command, TrackOptions& options)
+void addOptions(const CommandSyntax& command, TrackOptions& options)
 {
-    addPath(command, "RECORDING", options.file, "FILE", "The recording")->required();
+    addPath(command, "RECORDING", options.file, "FILE", "The recording").required();
     addPath(command, "-o,--output", options.output, "OUT",
             "Write the table there instead of to standard output");
     addPath(command, "--plot", options.plot, "OUT.png", "Draw the tracks on the map");
@@ -130,21 +129,21 @@ void addOptions(CLI::App& command, TrackOptions& options)
                "Peaks of a frame that are followed, the strongest ones (0: all)");
     addNumber(command, "--min-level", options.follow.minimumLevel, 0.0, 1e9,
               "Level above which peaks are searched for, linear, in the maps' unit");
-    command.add_flag("--json", options.json, "Answer in JSON");
+    command.addFlag("--json", options.json, "Answer in JSON");
 }
 
 }  // namespace
 
-void addTrackCommand(CLI::App& parent, Action& chosen)
+void addTrackCommand(const CommandSyntax& parent, Action& chosen)
 {
-    CLI::App* const command =
-        parent.add_subcommand("track", "Follow the sources of a recording from frame to frame");
+    const CommandSyntax command =
+        parent.addCommand("track", "Follow the sources of a recording from frame to frame");
     const auto options = std::make_shared<TrackOptions>();
-    addOptions(*command, *options);
-    command->footer(
+    addOptions(command, *options);
+    command.setFooter(
         "Example:\n"
         "  kovdoa track leak.kov -o tracks.csv --plot tracks.png --strongest 3");
-    command->callback([options, &chosen] {
+    command.whenChosen([options, &chosen] {
         chosen = [options](const CommonOptions& common) { return trackPeaks(*options, common); };
     });
 }
