@@ -2,12 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <opencv2/imgcodecs.hpp>
+#include <opencv2/core.hpp>
 #include <ostream>
 
 #include "tests/tools/arraysamples.h"
 #include "tests/tools/samples.h"
 #include "tests/tools/sounds.h"
+#include "tools/render/framesink.h"
 
 namespace kovtools::tests {
 
@@ -61,7 +62,7 @@ void writeInput(const fs::path& folder, const std::string& name)
     } else if (name == "whole/data-25.wav") {
         writeNoiseArray(folder / "whole", 208);
     } else if (name == "camera.png") {
-        cv::imwrite(file.string(), cv::Mat(240, 320, CV_8UC3, cv::Scalar(40, 90, 20)));
+        writePng(file, cv::Mat(240, 320, CV_8UC3, cv::Scalar(40, 90, 20)));
     } else if (name == "geometry.txt") {
         writeFile(file, "0 0 0\n.01 0 0\n0 .01 0\n.01 .01 0\n.02 0 0\n0 .02 0\n.02 .02 0\n.03 .01 0\n");
     } else if (name == "table.txt") {

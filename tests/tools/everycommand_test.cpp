@@ -7,12 +7,12 @@
 #include <cstdint>
 #include <cstring>
 #include <map>
-#include <opencv2/imgcodecs.hpp>
 #include <regex>
 #include <set>
 #include <sstream>
 
 #include "tests/tools/commandtable.h"
+#include "tests/tools/samples.h"
 #include "tools/recording/recordingscan.h"
 
 namespace {
@@ -231,7 +231,7 @@ bool isWhole(const fs::path& file)
     const std::string bytes = readFile(file);
     const std::string extension = file.extension().string();
     if (extension == ".png") {
-        return !cv::imread(file.string()).empty() && bytes.find("IEND") == bytes.size() - 8;
+        return !readPicture(file).empty() && bytes.find("IEND") == bytes.size() - 8;
     }
     if (extension == ".wav" || extension == ".avi") {
         std::uint32_t behind = 0;

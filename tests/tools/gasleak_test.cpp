@@ -8,13 +8,14 @@
 #include <chrono>
 #include <cmath>
 #include <nlohmann/json.hpp>
-#include <opencv2/imgcodecs.hpp>
+#include <opencv2/core.hpp>
 #include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "tests/tools/program.h"
+#include "tests/tools/samples.h"
 #include "tools/gasleak/leakplot.h"
 #include "tools/gasleak/leaktablefile.h"
 #include "tools/gasleak/leaktablesimulation.h"
@@ -25,6 +26,7 @@ namespace {
 using kovtools::tests::isOneSentence;
 using kovtools::tests::Outcome;
 using kovtools::tests::readFile;
+using kovtools::tests::readPicture;
 using kovtools::tests::Sandbox;
 using kovtools::tests::writeFile;
 using nlohmann::json;
@@ -283,7 +285,7 @@ TEST(GasLeak, PlotsTheTablesRatesWithTheMeasurement)
                                          levelFor(65.0, 1.0), "--plot", "plot.png"});
 
     ASSERT_EQ(outcome.status, 0) << outcome.err;
-    const cv::Mat picture = cv::imread((sandbox / "plot.png").string());
+    const cv::Mat picture = readPicture(sandbox / "plot.png");
     ASSERT_EQ(picture.size(), cv::Size(kovtools::leakPlotWidth, kovtools::leakPlotHeight));
     const auto point = [](double powerLevel) {
         kovtools::LeakPoint result{static_cast<float>(powerLevel - spreading(1.0)), {}};
@@ -310,7 +312,7 @@ TEST(GasLeak, PlotsEntriesThatStandAloneAsDotsThatAreSeen)
         sandbox.run({"gasleak", "--table", "table.txt", "--distance", "1", "--plot", "plot.png"});
 
     ASSERT_EQ(outcome.status, 0) << outcome.err;
-    const cv::Mat picture = cv::imread((sandbox / "plot.png").string());
+    const cv::Mat picture = readPicture(sandbox / "plot.png");
     const auto point = [](double powerLevel, float rate) {
         kovtools::LeakPoint result{static_cast<float>(powerLevel + 0.05 - spreading(1.0)), {}};
         result.answer.entry = kovtools::LeakEntry::Exact;
@@ -333,7 +335,7 @@ TEST(GasLeak, PlotsASingleEntryInTheMiddle)
         sandbox.run({"gasleak", "--table", "table.txt", "--distance", "1", "--plot", "plot.png"});
 
     ASSERT_EQ(outcome.status, 0) << outcome.err;
-    const cv::Mat picture = cv::imread((sandbox / "plot.png").string());
+    const cv::Mat picture = readPicture(sandbox / "plot.png");
     int right = 0;
     int left = picture.cols;
     for (int row = 0; row < picture.rows; ++row) {

@@ -3,10 +3,11 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
-#include <opencv2/imgcodecs.hpp>
+#include <opencv2/core.hpp>
 
 #include "tests/tools/arraysamples.h"
 #include "tests/tools/program.h"
+#include "tests/tools/samples.h"
 #include "tests/tools/sounds.h"
 #include "tools/audio/arraypicture.h"
 #include "tools/audio/microphonecheck.h"
@@ -88,7 +89,7 @@ TEST_F(MicCheck, FindsExactlyTheMicrophonesThatAreBroken)
     EXPECT_EQ(check["microphones"][8]["lag_samples"], nullptr);
     EXPECT_EQ(check["microphones"][7]["lag_samples"]["passed"], true);
 
-    const cv::Mat picture = cv::imread((sandbox / "array.png").string());
+    const cv::Mat picture = readPicture(sandbox / "array.png");
     ASSERT_EQ(picture.size(), cv::Size(kovtools::arrayPictureWidth, kovtools::arrayPictureHeight));
     EXPECT_EQ(sandbox.contents(), (std::vector<std::string>{"array", "array.png"}));
 }

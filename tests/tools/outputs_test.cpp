@@ -3,11 +3,12 @@
 #include <sys/stat.h>
 
 #include <nlohmann/json.hpp>
-#include <opencv2/imgcodecs.hpp>
+#include <opencv2/core.hpp>
 #include <ostream>
 
 #include "tests/tools/program.h"
 #include "tests/tools/samples.h"
+#include "tools/render/framesink.h"
 
 namespace {
 
@@ -53,8 +54,8 @@ TEST_P(OneFileInTwoRoles, IsRefusedAndNothingIsTouched)
     writeSample(sandbox / "rec.mp4");
     std::filesystem::create_directory(sandbox / "fr");
     std::filesystem::create_symlink("a.kov", sandbox / "link.png");
-    cv::imwrite((sandbox / "cam.png").string(), cv::Mat(64, 64, CV_8UC3, cv::Scalar(1, 2, 3)));
-    cv::imwrite((sandbox / "fr/frame-00001.png").string(), cv::Mat(64, 64, CV_8UC3, cv::Scalar(1, 2, 3)));
+    kovtools::writePng(sandbox / "cam.png", cv::Mat(64, 64, CV_8UC3, cv::Scalar(1, 2, 3)));
+    kovtools::writePng(sandbox / "fr/frame-00001.png", cv::Mat(64, 64, CV_8UC3, cv::Scalar(1, 2, 3)));
     const Names before = sandbox.contents();
     const std::string recording = readFile(sandbox / "a.kov");
     const std::string video = readFile(sandbox / "rec.mp4");

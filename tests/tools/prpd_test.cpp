@@ -3,9 +3,10 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
-#include <opencv2/imgcodecs.hpp>
+#include <opencv2/core.hpp>
 
 #include "tests/tools/program.h"
+#include "tests/tools/samples.h"
 #include "tests/tools/sounds.h"
 
 namespace {
@@ -14,6 +15,7 @@ using kovtools::tests::isOneSentence;
 using kovtools::tests::noise;
 using kovtools::tests::Outcome;
 using kovtools::tests::readFile;
+using kovtools::tests::readPicture;
 using kovtools::tests::Sandbox;
 using kovtools::tests::writeFile;
 using nlohmann::json;
@@ -148,7 +150,7 @@ TEST(Prpd, FindsNoDischargeInSilence)
     const json answer = analysed(sandbox, {"--plot", "p.png"});
 
     EXPECT_EQ(answer["verdict"], "no_discharge");
-    EXPECT_FALSE(cv::imread((sandbox / "p.png").string()).empty());
+    EXPECT_FALSE(readPicture(sandbox / "p.png").empty());
 }
 
 TEST(Prpd, ListensToTheChannelAskedFor)
@@ -182,7 +184,7 @@ TEST(Prpd, DrawsCoronaInOneHalfOfTheCycle)
 
     ASSERT_EQ(sandbox.run({"prpd", "a.wav", "--plot", "p.png"}).status, 0);
 
-    const cv::Mat picture = cv::imread((sandbox / "p.png").string());
+    const cv::Mat picture = readPicture(sandbox / "p.png");
     ASSERT_EQ(picture.size(), cv::Size(900, 840));
     const cv::Vec3d bright = brightness(picture);
     EXPECT_GT(bright[0], 1.3 * bright[2]);

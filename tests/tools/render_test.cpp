@@ -4,10 +4,11 @@
 #include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
-#include <opencv2/imgcodecs.hpp>
+#include <opencv2/core.hpp>
 
 #include "tests/tools/program.h"
 #include "tests/tools/samples.h"
+#include "tools/render/framesink.h"
 
 namespace {
 
@@ -17,6 +18,7 @@ using kovtools::tests::hill;
 using kovtools::tests::isOneSentence;
 using kovtools::tests::Outcome;
 using kovtools::tests::readFile;
+using kovtools::tests::readPicture;
 using kovtools::tests::Sandbox;
 using kovtools::tests::writeRecording;
 using nlohmann::json;
@@ -42,7 +44,7 @@ cv::Mat firstPicture(const Sandbox& sandbox, const Arguments& more)
 {
     const Outcome outcome = sandbox.run(render(more));
     EXPECT_EQ(outcome.status, 0) << outcome.err;
-    return cv::imread((sandbox / "frames/frame-00001.png").string());
+    return readPicture(sandbox / "frames/frame-00001.png");
 }
 
 TEST(Render, WritesOnePngAFrameOfThePictureSizeInTheHeader)
@@ -56,7 +58,7 @@ TEST(Render, WritesOnePngAFrameOfThePictureSizeInTheHeader)
     EXPECT_EQ(outcome.err, "");
     EXPECT_NE(outcome.out.find("frames: 3 pictures of 320 x 240"), std::string::npos);
     EXPECT_EQ(countFiles(sandbox / "frames", ".png"), 3);
-    EXPECT_EQ(cv::imread((sandbox / "frames/frame-00003.png").string()).size(), cv::Size(320, 240));
+    EXPECT_EQ(readPicture(sandbox / "frames/frame-00003.png").size(), cv::Size(320, 240));
     EXPECT_EQ(sandbox.contents(), (Names{"a.kov", "frames"}));
 }
 
@@ -220,7 +222,7 @@ TEST(Render, BlendsTheColoursWithTheCameraPicture)
 {
     const Sandbox sandbox;
     writeSample(sandbox, 1);
-    cv::imwrite((sandbox / "camera.png").string(), cv::Mat(100, 200, CV_8UC3, cv::Scalar(10, 200, 100)));
+    kovtools::writePng(sandbox / "camera.png", cv::Mat(100, 200, CV_8UC3, cv::Scalar(10, 200, 100)));
     const cv::Mat overlay = firstPicture(sandbox, {"--plain"});
     const cv::Vec3b colour = overlay.at<cv::Vec3b>(130, 90);
 
@@ -272,7 +274,7 @@ TEST(Render, WritesAContactSheet)
 
     ASSERT_EQ(sandbox.run(render({"--contact-sheet", "sheet.png"})).status, 0);
 
-    EXPECT_EQ(cv::imread((sandbox / "sheet.png").string()).size(), cv::Size(4 * 488 + 8, 3 * 368 + 8));
+    EXPECT_EQ(readPicture(sandbox / "sheet.png").size(), cv::Size(4 * 488 + 8, 3 * 368 + 8));
 }
 
 TEST(Render, ShowsTheStrongestSimulatedSourceWhereItIs)

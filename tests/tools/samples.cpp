@@ -4,10 +4,13 @@
 #include <KOVDoaHandle/result/kovdoaresultserialize.h>
 #include <QtCore/QTemporaryDir>
 
-#include <cmath>
-#include <opencv2/imgcodecs.hpp>
-
 #include <KOVDoaHandle/imaging/engmapresult.h>
+
+#include <cmath>
+#include <opencv2/core.hpp>
+
+#include "tests/tools/program.h"
+#include "tools/pictures/picturecodec.h"
 
 namespace kovtools::tests {
 
@@ -36,9 +39,15 @@ float hill(int atRow, int atCol, int row, int col)
     return static_cast<float>(0.1 + 0.9 * std::exp(-0.08 * distance * distance));
 }
 
+cv::Mat readPicture(const std::filesystem::path& file)
+{
+    return pictureCodec().decode(readFile(file));
+}
+
 cv::Point2d brightestPlace(const std::filesystem::path& picture)
 {
-    const cv::Mat grey = cv::imread(picture.string(), cv::IMREAD_GRAYSCALE);
+    cv::Mat grey;
+    cv::extractChannel(readPicture(picture), grey, 0);
     double brightest = 0.0;
     cv::minMaxLoc(grey, nullptr, &brightest);
     cv::Point2d sum(0.0, 0.0);

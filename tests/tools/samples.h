@@ -17,6 +17,9 @@ void writeRecording(const std::filesystem::path& file, int frames, int rows, int
 // A smooth hill, 1 at (row, col) and 0.1 far from it.
 float hill(int atRow, int atCol, int row, int col);
 
+// Blue, green, red, 8 bits each; empty when there is no picture.
+cv::Mat readPicture(const std::filesystem::path& file);
+
 // Middle of the pixels of a grey picture that are within 2 steps of its brightest; x, y.
 cv::Point2d brightestPlace(const std::filesystem::path& picture);
 

@@ -2,15 +2,17 @@
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
-#include <opencv2/imgcodecs.hpp>
+#include <opencv2/core.hpp>
 
 #include "tests/tools/program.h"
+#include "tests/tools/samples.h"
 
 namespace {
 
 using kovtools::tests::isOneSentence;
 using kovtools::tests::Outcome;
 using kovtools::tests::readFile;
+using kovtools::tests::readPicture;
 using kovtools::tests::Sandbox;
 using nlohmann::json;
 
@@ -106,7 +108,7 @@ TEST(Simulate, DrawsACameraPictureOfTheSizeAskedFor)
     ASSERT_EQ(sandbox.run(simulate("a.kov", {"--picture", "321x241", "--camera-picture", "a.png"})).status,
               0);
 
-    const cv::Mat picture = cv::imread((sandbox / "a.png").string());
+    const cv::Mat picture = readPicture(sandbox / "a.png");
 
     EXPECT_EQ(picture.size(), cv::Size(321, 241));
     cv::Scalar mean;

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <nlohmann/json.hpp>
-#include <opencv2/imgcodecs.hpp>
+#include <opencv2/core.hpp>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -29,6 +29,7 @@ using kovtools::tests::hill;
 using kovtools::tests::isOneSentence;
 using kovtools::tests::Outcome;
 using kovtools::tests::readFile;
+using kovtools::tests::readPicture;
 using kovtools::tests::Sandbox;
 using kovtools::tests::writeFile;
 using kovtools::tests::writeRecording;
@@ -101,7 +102,7 @@ void writeStoredPeaks(const std::filesystem::path& file, int frames)
 
 cv::Vec3b colourAt(const std::filesystem::path& picture, cv::Point2d place)
 {
-    return cv::imread(picture.string()).at<cv::Vec3b>(cvRound(place.y), cvRound(place.x));
+    return readPicture(picture).at<cv::Vec3b>(cvRound(place.y), cvRound(place.x));
 }
 
 const cv::Vec3b firstColour(0, 159, 230);
@@ -193,7 +194,7 @@ TEST(Track, WritesItsTableAndDrawsTheTracksInTheirColours)
 
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(readFile(sandbox / "t.csv"), trackedByLibrary(40, twoHills));
-    const cv::Mat picture = cv::imread((sandbox / "t.png").string());
+    const cv::Mat picture = readPicture(sandbox / "t.png");
     ASSERT_EQ(picture.size(), cv::Size(kovtools::trackPlotWidth, kovtools::trackPlotHeight));
     const auto place = [](int row, int col) {
         return kovtools::placeInTrackPlot(cv::Size(cols, rows), cv::Size(320, 240), row, col);
@@ -289,7 +290,7 @@ TEST(Track, FollowsMeasuredChirps)
     const Outcome outcome = sandbox.run({"track", file, "-o", "t.csv", "--plot", "t.png"});
 
     ASSERT_EQ(outcome.status, 0) << outcome.err;
-    EXPECT_EQ(cv::imread((sandbox / "t.png").string()).size(),
+    EXPECT_EQ(readPicture(sandbox / "t.png").size(),
               cv::Size(kovtools::trackPlotWidth, kovtools::trackPlotHeight));
     std::istringstream lines(readFile(sandbox / "t.csv"));
     std::string line;

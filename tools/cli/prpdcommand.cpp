@@ -115,7 +115,7 @@ void addOptions(const CommandSyntax& command, PrpdOptions& options)
 }
 
 // Training has options of its own, some of them of the same name; what stands before its name would be lost.
-void refuseOptions(const const CommandSyntax& command)
+void refuseOptions(const CommandSyntax& command)
 {
     const std::vector<std::string> given = command.givenOptions();
     if (!given.empty()) {

@@ -4,12 +4,12 @@
 #include <array>
 #include <cctype>
 #include <cstdio>
-#include <opencv2/imgcodecs.hpp>
 #include <string>
 #include <system_error>
 #include <utility>
 #include <vector>
 
+#include "tools/pictures/picturecodec.h"
 #include "tools/render/videofile.h"
 #include "tools/support/errors.h"
 #include "tools/support/inquotes.h"
@@ -103,8 +103,7 @@ void writePng(const fs::path& target, const cv::Mat& picture)
 
 void writePng(PartialFile& file, const cv::Mat& picture)
 {
-    std::vector<unsigned char> bytes;
-    cv::imencode(".png", picture, bytes, {cv::IMWRITE_PNG_COMPRESSION, 3});
+    const std::vector<unsigned char> bytes = pictureCodec().encodePng(picture);
     file.write({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 

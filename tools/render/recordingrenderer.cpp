@@ -5,12 +5,12 @@
 #include <cmath>
 #include <cstdio>
 #include <memory>
-#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <optional>
 #include <utility>
 #include <vector>
 
+#include "tools/pictures/picturecodec.h"
 #include "tools/render/contactsheet.h"
 #include "tools/render/framesink.h"
 #include "tools/support/errors.h"
@@ -130,16 +130,8 @@ void RecordingRenderer::render(int first, int last, const std::filesystem::path&
 cv::Mat readCameraPicture(const std::filesystem::path& file)
 {
     const std::string bytes = readWholeFile(file);
-    cv::Mat picture;
-    if (!bytes.empty()) {
-        const SilencedStderr silenced;
-        const std::vector<unsigned char> buffer(bytes.begin(), bytes.end());
-        try {
-            picture = cv::imdecode(buffer, cv::IMREAD_COLOR);
-        } catch (const cv::Exception&) {
-            picture.release();  // a size that nobody can want, for example
-        }
-    }
+    const SilencedStderr silenced;
+    cv::Mat picture = pictureCodec().decode(bytes);
     if (picture.empty()) {
         throw DataError(inQuotes(file) + " is not a picture that can be read");
     }

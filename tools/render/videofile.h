@@ -2,8 +2,9 @@
 #ifndef KOVTOOLS_VIDEOFILE_H
 #define KOVTOOLS_VIDEOFILE_H
 
-#include <opencv2/videoio.hpp>
+#include <memory>
 
+#include "tools/pictures/videocodec.h"
 #include "tools/render/framesink.h"
 #include "tools/support/partialfile.h"
 
@@ -23,12 +24,10 @@ public:
     void finish() override;
 
 private:
-    bool open(double frameRate);
-
     std::filesystem::path m_target;
     cv::Size m_size;
     PartialFile m_file;
-    cv::VideoWriter m_writer;
+    std::unique_ptr<VideoEncoder> m_encoder;
     int m_added = 0;
 };
 

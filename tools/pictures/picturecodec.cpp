@@ -1,0 +1,14 @@
+#include "tools/pictures/picturecodec.h"
+
+#include "tools/pictures/loadmodule.h"
+
+namespace kovtools {
+
+const PictureCodec& pictureCodec()
+{
+    static const PictureCodec& codec =
+        loadModule<const PictureCodec& (*)()>("kovdoa_pictures.so", "kovdoaPictureCodec")();
+    return codec;
+}
+
+}  // namespace kovtools
