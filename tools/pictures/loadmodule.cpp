@@ -1,6 +1,9 @@
 #include "tools/pictures/loadmodule.h"
 
+#include <KOVDoaHandle/api/results.h>
 #include <dlfcn.h>
+
+#include <filesystem>
 
 #include "tools/support/errors.h"
 #include "tools/support/inquotes.h"
@@ -8,6 +11,14 @@
 namespace kovtools {
 
 namespace {
+
+// By its address, because how a loader searches for a bare name depends on who calls it.
+std::filesystem::path folderOfLibrary()
+{
+    Dl_info library{};
+    dladdr(reinterpret_cast<const void*>(&createResultHandle), &library);
+    return std::filesystem::path(library.dli_fname != nullptr ? library.dli_fname : "").parent_path();
+}
 
 [[noreturn]] void complain(const std::string& module)
 {
@@ -20,7 +31,7 @@ namespace {
 
 void* moduleSymbol(const std::string& module, const std::string& symbol)
 {
-    void* const handle = dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* const handle = dlopen((folderOfLibrary() / module).c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
         complain(module);
     }

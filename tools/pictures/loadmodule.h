@@ -6,7 +6,7 @@
 
 namespace kovtools {
 
-// The address of `symbol` in the module, which is searched for where the program's libraries are and stays loaded.
+// The address of `symbol` in the module, which lies beside libKOVDoaHandle.so and stays loaded.
 // Throws DataError, with the module's name and the reason, when there is none.
 void* moduleSymbol(const std::string& module, const std::string& symbol);
 
