@@ -56,12 +56,18 @@ public:
 
     int picturesIn(const std::filesystem::path& file) const override
     {
-        cv::VideoCapture capture(file.string(), cv::CAP_ANY);
-        int count = 0;
-        while (capture.isOpened() && capture.grab()) {
-            ++count;
+        // Only those that read files: others would look for cameras.
+        for (const int api : {cv::CAP_FFMPEG, cv::CAP_OPENCV_MJPEG, cv::CAP_GSTREAMER}) {
+            cv::VideoCapture capture(file.string(), api);
+            int count = 0;
+            while (capture.isOpened() && capture.grab()) {
+                ++count;
+            }
+            if (count > 0) {
+                return count;
+            }
         }
-        return count;
+        return 0;
     }
 };
 
