@@ -5,9 +5,11 @@
 
 #include <QtCore/QByteArray>
 
+#include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <iterator>
 #include <string>
-#include <thread>
 
 #include "tests/support/gasleak.h"
 
@@ -23,6 +25,26 @@ QByteArray largeTable()
     return text;
 }
 
+// Without sleeping, which would be too coarse.
+void waitFor(std::chrono::microseconds time)
+{
+    const auto end = std::chrono::steady_clock::now() + time;
+    while (std::chrono::steady_clock::now() < end) {
+    }
+}
+
+// The loader's; it may have come and gone unseen.
+void awaitAnotherThread(std::chrono::microseconds patience)
+{
+    const auto end = std::chrono::steady_clock::now() + patience;
+    const std::filesystem::path threads = "/proc/self/task";
+    while (std::chrono::steady_clock::now() < end) {
+        if (std::distance(std::filesystem::directory_iterator(threads), {}) > 1) {
+            return;
+        }
+    }
+}
+
 // Each exit happens in a child process, in which the loader has got as far as chance lets it.
 class GasLeakExit : public testsupport::GasLeakProcessOfItsOwn
 {
@@ -33,9 +55,8 @@ protected:
             ASSERT_EXIT(
                 {
                     const auto* const kept = new KOVGasleakProcess(name.c_str());
-                    for (int turn = 0; turn < run * 3; ++turn) {
-                        std::this_thread::yield();
-                    }
+                    awaitAnotherThread(std::chrono::milliseconds(5));
+                    waitFor(std::chrono::microseconds(8 * run));
                     std::exit(kept != nullptr ? 0 : 1);
                 },
                 ::testing::ExitedWithCode(0), "");
