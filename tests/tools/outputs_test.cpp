@@ -192,8 +192,9 @@ TEST(Outputs, WaitForTheReaderOfAPipeUntilTheyAreInterrupted)
     writeSample(sandbox / "a.kov");
     ASSERT_EQ(mkfifo((sandbox / "pipe").c_str(), 0600), 0);
 
+    // In the foreground it signals once; the second of two signals would end the program at once.
     const Outcome outcome =
-        sandbox.runScript("timeout --signal=INT 2 \"$0\" track a.kov -o pipe --plot out.png");
+        sandbox.runScript("timeout --foreground --signal=INT 2 \"$0\" track a.kov -o pipe --plot out.png");
 
     EXPECT_EQ(outcome.status, 124);  // of timeout, whose signal ended it
     EXPECT_TRUE(isOneSentence(outcome.err)) << outcome.err;
