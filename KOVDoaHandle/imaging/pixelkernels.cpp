@@ -1,8 +1,9 @@
 // Each loop is written once, as an always-inlined function, and instantiated per instruction set by a thin
-// wrapper that carries the target attribute; the vectoriser does the rest. Only the packing of pixels, which it leaves
-// alone, is written out.
+// wrapper that carries the target attribute; the vectoriser does the rest. Only what it leaves alone, the packing of
+// pixels and the interpolation along a row, is written out.
 #include <KOVDoaHandle/imaging/pixelkernels_p.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -27,6 +28,44 @@ KOVDOA_INLINE void interpolateRowLoop(const float* source, const int* first, int
         destination[i] = source[first[i]] * lower[i] + source[first[i] + step] * upper[i];
     }
 }
+
+void interpolateRowPortable(const float* source, const int* first, int step, const float* lower,
+                            const float* upper, float* destination, int count)
+{
+    interpolateRowLoop(source, first, step, lower, upper, destination, count);
+}
+
+#if defined(__x86_64__)
+// Neighbours in a wide row lie between the same few cells of the source: eight cells are loaded at once and put where
+// they are needed. What does not fit into eight, as when a map is made smaller, goes one by one.
+[[gnu::target("avx2")]] void interpolateRowPermuted(const float* source, const int* first, int step,
+                                                    const float* lower, const float* upper,
+                                                    float* destination, int count)
+{
+    constexpr int width = 8;
+    const int lastCell = count > 0 ? first[count - 1] + step : 0;
+    const __m256i steps = _mm256_set1_epi32(step);
+    const __m256i reach = _mm256_set1_epi32(width - 1 - step);
+    int i = 0;
+    for (; i + width <= count && lastCell >= width - 1; i += width) {
+        // At the end of the row the eight cells end with it.
+        const int base = std::min(first[i], lastCell - (width - 1));
+        const __m256i offsets = _mm256_sub_epi32(
+            _mm256_loadu_si256(reinterpret_cast<const __m256i*>(first + i)), _mm256_set1_epi32(base));
+        const __m256i isWithin = _mm256_cmpeq_epi32(_mm256_max_epu32(offsets, reach), reach);
+        if (_mm256_movemask_epi8(isWithin) != -1) {
+            interpolateRowLoop(source, first + i, step, lower + i, upper + i, destination + i, width);
+            continue;
+        }
+        const __m256 cells = _mm256_loadu_ps(source + base);
+        const __m256 below = _mm256_permutevar8x32_ps(cells, offsets);
+        const __m256 above = _mm256_permutevar8x32_ps(cells, _mm256_add_epi32(offsets, steps));
+        _mm256_storeu_ps(destination + i, _mm256_add_ps(_mm256_mul_ps(below, _mm256_loadu_ps(lower + i)),
+                                                        _mm256_mul_ps(above, _mm256_loadu_ps(upper + i))));
+    }
+    interpolateRowLoop(source, first + i, step, lower + i, upper + i, destination + i, count - i);
+}
+#endif
 
 KOVDOA_INLINE void blendRowsLoop(const float* upper, const float* lower, float upperWeight, float lowerWeight,
                                  float* __restrict destination, int count)
@@ -106,51 +145,43 @@ KOVDOA_INLINE void addSaturatingLoop(std::uint8_t* __restrict sums, const std::u
     }
 }
 
-// One set of wrappers: `suffix` names it, `packPixels` is its packing, `attributes` choose the instruction set.
-#define KOVDOA_PIXEL_KERNELS(suffix, packPixels, attributes)                                            \
-    attributes void interpolateRow##suffix(const float* source, const int* first, int step,             \
-                                           const float* lower, const float* upper, float* destination,  \
-                                           int count)                                                   \
-    {                                                                                                   \
-        interpolateRowLoop(source, first, step, lower, upper, destination, count);                      \
-    }                                                                                                   \
-    attributes void blendRows##suffix(const float* upper, const float* lower, float upperWeight,        \
-                                      float lowerWeight, float* destination, int count)                 \
-    {                                                                                                   \
-        blendRowsLoop(upper, lower, upperWeight, lowerWeight, destination, count);                      \
-    }                                                                                                   \
-    attributes void indexLevels##suffix(const float* levels, IndexRule rule, std::int32_t* indices,     \
-                                        int count)                                                      \
-    {                                                                                                   \
-        indexLevelsLoop(levels, rule, indices, count);                                                  \
-    }                                                                                                   \
-    attributes void indexBlendedRows##suffix(const float* upper, const float* lower, float upperWeight, \
-                                             float lowerWeight, IndexRule rule, std::int32_t* indices,  \
-                                             int count)                                                 \
-    {                                                                                                   \
-        indexBlendedRowsLoop(upper, lower, upperWeight, lowerWeight, rule, indices, count);             \
-    }                                                                                                   \
-    attributes void addSaturating##suffix(std::uint8_t* sums, const std::uint8_t* addends,              \
-                                          std::size_t count)                                            \
-    {                                                                                                   \
-        addSaturatingLoop(sums, addends, count);                                                        \
-    }                                                                                                   \
-    constexpr PixelKernels kernels##suffix{#suffix,                                                     \
-                                           interpolateRow##suffix,                                      \
-                                           blendRows##suffix,                                           \
-                                           indexLevels##suffix,                                         \
-                                           indexBlendedRows##suffix,                                    \
-                                           packPixels,                                                  \
-                                           addSaturating##suffix};
+// One set of wrappers: `suffix` names it, `interpolateRow` and `packPixels` are its own, `attributes` choose the
+// instruction set of the others.
+#define KOVDOA_PIXEL_KERNELS(suffix, interpolateRow, packPixels, attributes)                                \
+    attributes void blendRows##suffix(const float* upper, const float* lower, float upperWeight,            \
+                                      float lowerWeight, float* destination, int count)                     \
+    {                                                                                                       \
+        blendRowsLoop(upper, lower, upperWeight, lowerWeight, destination, count);                          \
+    }                                                                                                       \
+    attributes void indexLevels##suffix(const float* levels, IndexRule rule, std::int32_t* indices,         \
+                                        int count)                                                          \
+    {                                                                                                       \
+        indexLevelsLoop(levels, rule, indices, count);                                                      \
+    }                                                                                                       \
+    attributes void indexBlendedRows##suffix(const float* upper, const float* lower, float upperWeight,     \
+                                             float lowerWeight, IndexRule rule, std::int32_t* indices,      \
+                                             int count)                                                     \
+    {                                                                                                       \
+        indexBlendedRowsLoop(upper, lower, upperWeight, lowerWeight, rule, indices, count);                 \
+    }                                                                                                       \
+    attributes void addSaturating##suffix(std::uint8_t* sums, const std::uint8_t* addends,                  \
+                                          std::size_t count)                                                \
+    {                                                                                                       \
+        addSaturatingLoop(sums, addends, count);                                                            \
+    }                                                                                                       \
+    constexpr PixelKernels kernels##suffix{                                                                 \
+        #suffix,    interpolateRow,       blendRows##suffix, indexLevels##suffix, indexBlendedRows##suffix, \
+        packPixels, addSaturating##suffix};
 
-KOVDOA_PIXEL_KERNELS(Portable, packPixelsPortable, )
+KOVDOA_PIXEL_KERNELS(Portable, interpolateRowPortable, packPixelsPortable, )
 #if defined(__x86_64__)
-KOVDOA_PIXEL_KERNELS(Avx2, packPixelsShuffled, [[gnu::target("avx2")]])
+KOVDOA_PIXEL_KERNELS(Avx2, interpolateRowPermuted, packPixelsShuffled, [[gnu::target("avx2")]])
 #    if defined(__clang__)
-KOVDOA_PIXEL_KERNELS(Avx512, packPixelsShuffled, [[gnu::target("avx512f,avx512bw,avx512dq,avx512vl")]])
+KOVDOA_PIXEL_KERNELS(Avx512, interpolateRowPermuted, packPixelsShuffled,
+                     [[gnu::target("avx512f,avx512bw,avx512dq,avx512vl")]])
 #    else
 // GCC would otherwise keep to half of the width.
-KOVDOA_PIXEL_KERNELS(Avx512, packPixelsShuffled,
+KOVDOA_PIXEL_KERNELS(Avx512, interpolateRowPermuted, packPixelsShuffled,
                      [[gnu::target("avx512f,avx512bw,avx512dq,avx512vl,prefer-vector-width=512")]])
 #    endif
 #endif

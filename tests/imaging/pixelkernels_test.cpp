@@ -1,3 +1,4 @@
+#include <KOVDoaHandle/imaging/bilinear_p.h>
 #include <KOVDoaHandle/imaging/pixelkernels_p.h>
 
 #include <gtest/gtest.h>
@@ -163,6 +164,33 @@ TEST_P(PixelKernelVariant, InterpolatesARowWithoutFusing)
                 const volatile float left = source[at] * lower[i];
                 const volatile float right = source[at + static_cast<std::size_t>(step)] * upper[i];
                 ASSERT_TRUE(sameBits(left + right, found[i]));
+            }
+        }
+    }
+}
+
+// As the imager asks: ascending, to either side of what a vector of cells can serve, up to the source's last cell.
+TEST_P(PixelKernelVariant, InterpolatesARowOfAnySizeToAnyOther)
+{
+    std::mt19937 random(8);
+    std::uniform_real_distribution<float> value(-3.0F, 3.0F);
+    for (const int from : {1, 2, 7, 8, 9, 10, 16, 64, 333}) {
+        std::vector<float> source(static_cast<std::size_t>(from));
+        for (float& v : source) {
+            v = value(random);
+        }
+        for (const int to : {1, 5, 8, 9, 31, 64, 65, 320, 1283}) {
+            const KOVPrivate::BilinearAxis axis(from, to);
+            std::vector<float> found(static_cast<std::size_t>(to));
+
+            kernels.interpolateRow(source.data(), axis.first.data(), axis.step, axis.lower.data(),
+                                   axis.upper.data(), found.data(), to);
+
+            for (std::size_t i = 0; i < found.size(); ++i) {
+                const auto at = static_cast<std::size_t>(axis.first[i]);
+                const volatile float left = source[at] * axis.lower[i];
+                const volatile float right = source[at + static_cast<std::size_t>(axis.step)] * axis.upper[i];
+                ASSERT_TRUE(sameBits(left + right, found[i])) << from << " to " << to << " at " << i;
             }
         }
     }
