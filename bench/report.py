@@ -201,7 +201,8 @@ def machine():
     memory = re.search(r"MemTotal:\s*(\d+)", pathlib.Path("/proc/meminfo").read_text(encoding="utf-8"))
     release = dict(line.split("=", 1) for line in pathlib.Path("/etc/os-release").read_text(encoding="utf-8").splitlines()
                    if "=" in line)
-    kernels = "AVX2" if " avx2 " in facts else "SSE2"
+    # As pixelkernels.cpp chooses.
+    kernels = "AVX-512" if " avx512vbmi " in facts else "AVX2" if " avx2 " in facts else "SSE2"
     compiler = subprocess.run([os.environ.get("CXX", "c++"), "--version"], capture_output=True, text=True,
                               check=True).stdout.splitlines()[0]
     return (f"{processor.group(1) if processor else platform.machine()} ({kernels}), {os.cpu_count()} cores, "
