@@ -44,6 +44,18 @@ TEST(Modules, AreNamedWhenTheyLackWhatIsWanted)
     EXPECT_NE(complaint.find("kovdoaNothing"), std::string::npos) << complaint;
 }
 
+TEST(Modules, AreFoundWhereTheLibraryIsWhateverTheWorkingDirectory)
+{
+    const kovtools::tests::Sandbox sandbox;
+
+    const kovtools::tests::Outcome outcome = sandbox.runScript(
+        "ln -s \"$(dirname \"$0\")/../lib\" lib && "
+        "LD_LIBRARY_PATH=lib \"$0\" simulate scene a.kov --frames 1 --camera-picture a.png");
+
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_FALSE(pictureCodec().decode(kovtools::tests::readFile(sandbox / "a.png")).empty());
+}
+
 TEST(PictureCodec, ReadsBackEveryPixelThatItWrote)
 {
     cv::Mat picture(37, 53, CV_8UC3);

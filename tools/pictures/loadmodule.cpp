@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 
 #include <filesystem>
+#include <system_error>
 
 #include "tools/support/errors.h"
 #include "tools/support/inquotes.h"
@@ -17,8 +18,15 @@ std::filesystem::path folderOfLibrary()
 {
     Dl_info library{};
     dladdr(reinterpret_cast<const void*>(&createResultHandle), &library);
-    return std::filesystem::path(library.dli_fname != nullptr ? library.dli_fname : "").parent_path();
+    const std::filesystem::path file = library.dli_fname != nullptr ? library.dli_fname : "";
+    std::error_code error;  // then there is no working directory, and the loader says what it cannot find
+    const std::filesystem::path whole = std::filesystem::absolute(file, error);
+    return (error ? file : whole).parent_path();
 }
+
+// From the start on: where the loader was led by a relative path, it goes astray once the program has changed its
+// working directory.
+const std::filesystem::path moduleFolder = folderOfLibrary();
 
 [[noreturn]] void complain(const std::string& module)
 {
@@ -31,7 +39,7 @@ std::filesystem::path folderOfLibrary()
 
 void* moduleSymbol(const std::string& module, const std::string& symbol)
 {
-    void* const handle = dlopen((folderOfLibrary() / module).c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* const handle = dlopen((moduleFolder / module).c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
         complain(module);
     }
