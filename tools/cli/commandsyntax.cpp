@@ -7,81 +7,81 @@ namespace kovtools {
 
 OptionSyntax OptionSyntax::required() const
 {
-    option->required();
+    m_option->required();
     return *this;
 }
 
 OptionSyntax OptionSyntax::kind(const std::string& name) const
 {
-    option->type_name(name);
+    m_option->type_name(name);
     return *this;
 }
 
 OptionSyntax OptionSyntax::shownDefault(const std::string& text) const
 {
-    option->default_str(text);
+    m_option->default_str(text);
     return *this;
 }
 
 CommandSyntax CommandSyntax::addCommand(const std::string& name, const std::string& help) const
 {
-    return CommandSyntax(app->add_subcommand(name, help));
+    return CommandSyntax(m_app->add_subcommand(name, help));
 }
 
 OptionSyntax CommandSyntax::addOption(const std::string& name, std::function<void(const std::string&)> read,
                                       const std::string& help) const
 {
-    return OptionSyntax(app->add_option_function<std::string>(name, std::move(read), help));
+    return OptionSyntax(m_app->add_option_function<std::string>(name, std::move(read), help));
 }
 
 OptionSyntax CommandSyntax::addOptionOfMany(const std::string& name,
                                             std::function<void(const std::vector<std::string>&)> read,
                                             const std::string& help) const
 {
-    return OptionSyntax(app->add_option_function<std::vector<std::string>>(name, std::move(read), help));
+    return OptionSyntax(m_app->add_option_function<std::vector<std::string>>(name, std::move(read), help));
 }
 
 OptionSyntax CommandSyntax::addOptionOfMany(const std::string& name, std::vector<std::string>& target,
                                             const std::string& help) const
 {
-    return OptionSyntax(app->add_option(name, target, help)->expected(1, -1));
+    return OptionSyntax(m_app->add_option(name, target, help)->expected(1, -1));
 }
 
 OptionSyntax CommandSyntax::addRepeatedOption(const std::string& name, std::vector<std::string>& target,
                                               const std::string& help) const
 {
-    return OptionSyntax(app->add_option(name, target, help)->allow_extra_args(false)->take_all());
+    return OptionSyntax(m_app->add_option(name, target, help)->allow_extra_args(false)->take_all());
 }
 
 void CommandSyntax::addFlag(const std::string& name, bool& target, const std::string& help) const
 {
-    app->add_flag(name, target, help);
+    m_app->add_flag(name, target, help);
 }
 
 void CommandSyntax::requireCommand() const
 {
-    app->require_subcommand(1);
+    m_app->require_subcommand(1);
 }
 
 void CommandSyntax::setFooter(const std::string& text) const
 {
-    app->footer(text);
+    m_app->footer(text);
 }
 
 void CommandSyntax::whenChosen(std::function<void()> action) const
 {
-    app->callback(std::move(action));
+    m_app->callback(std::move(action));
 }
 
 bool CommandSyntax::hasChosenCommand() const
 {
-    return !app->get_subcommands().empty();
+    return !m_app->get_subcommands().empty();
 }
 
 std::vector<std::string> CommandSyntax::givenOptions() const
 {
     std::vector<std::string> names;
-    const CLI::App& command = *app;
+    const CLI::App& command = *m_app;
     for (const CLI::Option* const option : command.get_options()) {
         if (option->count() > 0) {
             names.push_back(option->get_name());

@@ -18,7 +18,7 @@ namespace kovtools {
 class OptionSyntax
 {
 public:
-    explicit OptionSyntax(CLI::Option* added) : option(added) {}
+    explicit OptionSyntax(CLI::Option* option) : m_option(option) {}
 
     // Each returns the same option, so that calls can be chained.
     OptionSyntax required() const;
@@ -28,7 +28,7 @@ public:
     OptionSyntax shownDefault(const std::string& text) const;
 
 private:
-    CLI::Option* option;
+    CLI::Option* m_option;
 };
 
 // A command. A handle, to be copied; good as long as the tree of commands lives. What is passed as a target must live
@@ -36,7 +36,7 @@ private:
 class CommandSyntax
 {
 public:
-    explicit CommandSyntax(CLI::App* command) : app(command) {}
+    explicit CommandSyntax(CLI::App* app) : m_app(app) {}
 
     CommandSyntax addCommand(const std::string& name, const std::string& help) const;
 
@@ -66,7 +66,7 @@ public:
     std::vector<std::string> givenOptions() const;
 
 private:
-    CLI::App* app;
+    CLI::App* m_app;
 };
 
 // Ends the reading of the arguments: says what is wrong with what was given for `option`.

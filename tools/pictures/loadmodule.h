@@ -10,10 +10,11 @@ namespace kovtools {
 // Throws DataError, with the module's name and the reason, when there is none.
 void* moduleSymbol(const std::string& module, const std::string& symbol);
 
-template <typename Function>
-Function loadModule(const std::string& module, const std::string& symbol)
+// What the module's function `symbol` gives, which takes nothing.
+template <typename Codec>
+const Codec& loadCodec(const std::string& module, const std::string& symbol)
 {
-    return reinterpret_cast<Function>(moduleSymbol(module, symbol));
+    return reinterpret_cast<const Codec& (*)()>(moduleSymbol(module, symbol))();
 }
 
 }  // namespace kovtools

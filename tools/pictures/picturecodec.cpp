@@ -6,8 +6,7 @@ namespace kovtools {
 
 const PictureCodec& pictureCodec()
 {
-    static const PictureCodec& codec =
-        loadModule<const PictureCodec& (*)()>("kovdoa_pictures.so", "kovdoaPictureCodec")();
+    static const auto& codec = loadCodec<PictureCodec>("kovdoa_pictures.so", "kovdoaPictureCodec");
     return codec;
 }
 

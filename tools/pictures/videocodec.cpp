@@ -6,8 +6,7 @@ namespace kovtools {
 
 const VideoCodec& videoCodec()
 {
-    static const VideoCodec& codec =
-        loadModule<const VideoCodec& (*)()>("kovdoa_video.so", "kovdoaVideoCodec")();
+    static const auto& codec = loadCodec<VideoCodec>("kovdoa_video.so", "kovdoaVideoCodec");
     return codec;
 }
 
